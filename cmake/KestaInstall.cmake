@@ -1,0 +1,26 @@
+# Installed layout: the program and its Questions folder in one folder, a
+# launcher on PATH, and the all-users data tree the program insists on.
+include(GNUInstallDirs)
+set(KESTA_INSTALL_DIR ${CMAKE_INSTALL_LIBDIR}/kesta-demo)
+
+if(KESTA_BUILD_GUI)
+  install(TARGETS kesta-demo RUNTIME DESTINATION ${KESTA_INSTALL_DIR})
+  install(DIRECTORY ${KESTA_BIN_DIR}/Questions DESTINATION ${KESTA_INSTALL_DIR})
+  install(CODE "
+    file(MAKE_DIRECTORY \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_BINDIR}\")
+    file(CREATE_LINK \"../${KESTA_INSTALL_DIR}/kesta-demo\"
+         \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_BINDIR}/kesta-demo\" SYMBOLIC)
+  ")
+endif()
+install(TARGETS kesta-qbank RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+
+# The data tree: every user reads and writes progress, scores, the options and the log.
+install(CODE "
+  set(root \"\$ENV{DESTDIR}${KESTA_COMMON_APPDATA}\")
+  foreach(dir MORVO MORVO/KESTA MORVO/KESTA/All MORVO/KESTA/All/Log MORVO/KESTA/All/User)
+    file(MAKE_DIRECTORY \"\${root}/\${dir}\")
+    file(CHMOD \"\${root}/\${dir}\" DIRECTORY_PERMISSIONS
+         OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_WRITE GROUP_EXECUTE
+         WORLD_READ WORLD_WRITE WORLD_EXECUTE)
+  endforeach()
+")

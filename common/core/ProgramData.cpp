@@ -1,0 +1,143 @@
+#include "common/core/ProgramData.h"
+
+#include "common/core/ErrorTrap.h"
+#include "common/core/SafeFile.h"
+
+#include <filesystem>
+#include <system_error>
+#include <vector>
+
+namespace kesta {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr char Separator = '/';
+
+[[noreturn]] void raiseFs(const std::error_code& code)
+{
+    if (code == std::errc::no_such_file_or_directory)
+        throw err::make(err::FileNotFound);
+    throw err::make(err::PathFileAccess);
+}
+
+// Wildcard match of one file name: '*' any run, '?' one character.
+bool matches(const std::string& pattern, const std::string& name)
+{
+    std::size_t p = 0, n = 0, star = std::string::npos, resume = 0;
+    while (n < name.size()) {
+        if (p < pattern.size() && (pattern[p] == '?' || pattern[p] == name[n])) {
+            ++p;
+            ++n;
+        } else if (p < pattern.size() && pattern[p] == '*') {
+            star = p++;
+            resume = n;
+        } else if (star != std::string::npos) {
+            p = star + 1;
+            n = ++resume;
+        } else {
+            return false;
+        }
+    }
+    while (p < pattern.size() && pattern[p] == '*')
+        ++p;
+    return p == pattern.size();
+}
+
+} // namespace
+
+std::string ProgramData::GetSpecialFolderPath(std::int32_t folderId, std::int32_t /*flags*/)
+{
+    const auto folder = reporter_.host().knownFolder(folderId);
+    if (!folder)
+        return {};
+    std::string path = *folder;
+    if (path.empty() || path.back() != Separator)
+        path += Separator;
+    return path;
+}
+
+std::string FileNameOf(const std::string& path)
+{
+    const auto p = path.find_last_of(Separator);
+    return p == std::string::npos ? path : path.substr(p + 1);
+}
+
+void ProgramData::DeleteFile(const std::string& path)
+{
+    trapNonFatal(reporter_, "DeleteFile", 0, [&] {
+        const std::string name = FileNameOf(path);
+        if (name.find_first_of("*?") == std::string::npos) {
+            if (fs::is_directory(fs::symlink_status(path)))
+                throw err::make(err::PathFileAccess);
+            std::error_code code;
+            if (!fs::remove(path, code))
+                raiseFs(code ? code : std::make_error_code(std::errc::no_such_file_or_directory));
+            return 0;
+        }
+        const std::string folder = path.substr(0, path.size() - name.size());
+        std::vector<fs::path> doomed;
+        std::error_code code;
+        for (const auto& entry : fs::directory_iterator(folder.empty() ? "." : folder, code)) {
+            if (!entry.is_directory() && matches(name, entry.path().filename().string()))
+                doomed.push_back(entry.path());
+        }
+        if (code)
+            throw err::make(err::PathNotFound);
+        if (doomed.empty())
+            throw err::make(err::FileNotFound);
+        for (const auto& file : doomed) {
+            if (!fs::remove(file, code))
+                raiseFs(code);
+        }
+        return 0;
+    });
+}
+
+void ProgramData::Move_File(const std::string& source, const std::string& destination)
+{
+    trapNonFatal(reporter_, "Move_File", 0, [&] {
+        // Copy through the safe writer so a link planted at the destination is replaced, not followed.
+        safefile::replace(destination, safefile::read(source));
+        std::error_code code;
+        if (!fs::remove(source, code))
+            raiseFs(code);
+        return 0;
+    });
+}
+
+bool ProgramData::File_Exists(const std::string& path)
+{
+    return trapNonFatal(reporter_, "File_Exists", false, [&] {
+        std::error_code code;
+        const auto status = fs::status(path, code);
+        if (code && code != std::errc::no_such_file_or_directory && code != std::errc::not_a_directory)
+            raiseFs(code);
+        return fs::exists(status) && !fs::is_directory(status);
+    });
+}
+
+bool ProgramData::Dir_Exists(const std::string& path)
+{
+    return trapNonFatal(reporter_, "Dir_Exists", false, [&] {
+        std::error_code code;
+        const auto status = fs::status(path, code);
+        if (code && code != std::errc::no_such_file_or_directory && code != std::errc::not_a_directory)
+            raiseFs(code);
+        return fs::is_directory(status);
+    });
+}
+
+void ProgramData::Write_HTML(std::string& text, const std::string& /*path*/)
+{
+    trapNonFatal(reporter_, "Write_HTML", 0, [&] {
+        const Int16 size = options_.fontSize();
+        if (size != 0)
+            text = "<font size=" + std::to_string(size) + ">\r\n" + text + "\r\n</font>";
+        safefile::replace(folders_.pagePath(), text + "\r\n");
+        return 0;
+    });
+}
+
+} // namespace kesta
