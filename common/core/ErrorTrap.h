@@ -47,18 +47,25 @@ void trapFatal(ErrorReporter& reporter, const std::string& moduleName, const std
 }
 
 // The trap of a shared-module routine: a failure is logged without notice and
-// the routine's default result is returned.
+// the routine's default result is returned. When even the log cannot be
+// written (its folder is gone), the failure stays silent: such routines
+// never raise to their caller.
 template <typename Result, typename Body>
 Result trapNonFatal(ErrorReporter& reporter, const std::string& routineName, Result fallback, Body&& body)
 {
+    auto report = [&](const RuntimeError& error) {
+        std::string details;
+        try {
+            reporter.LogError("Program_Data", routineName, false, details, error);
+        } catch (const RuntimeError&) {
+        }
+    };
     try {
         return std::forward<Body>(body)();
     } catch (const RuntimeError& error) {
-        std::string details;
-        reporter.LogError("Program_Data", routineName, false, details, error);
+        report(error);
     } catch (const std::exception& error) {
-        std::string details;
-        reporter.LogError("Program_Data", routineName, false, details, asRuntimeError(error));
+        report(asRuntimeError(error));
     }
     return fallback;
 }

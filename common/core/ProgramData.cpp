@@ -15,6 +15,13 @@ namespace {
 
 constexpr char Separator = '/';
 
+// A name the file system cannot even be asked about (an embedded NUL) is a failure of its own.
+void checkName(const std::string& path)
+{
+    if (path.find('\0') != std::string::npos)
+        throw err::make(err::PathFileAccess);
+}
+
 [[noreturn]] void raiseFs(const std::error_code& code)
 {
     if (code == std::errc::no_such_file_or_directory)
@@ -110,6 +117,7 @@ void ProgramData::Move_File(const std::string& source, const std::string& destin
 bool ProgramData::File_Exists(const std::string& path)
 {
     return trapNonFatal(reporter_, "File_Exists", false, [&] {
+        checkName(path);
         std::error_code code;
         const auto status = fs::status(path, code);
         if (code && code != std::errc::no_such_file_or_directory && code != std::errc::not_a_directory)
@@ -121,6 +129,7 @@ bool ProgramData::File_Exists(const std::string& path)
 bool ProgramData::Dir_Exists(const std::string& path)
 {
     return trapNonFatal(reporter_, "Dir_Exists", false, [&] {
+        checkName(path);
         std::error_code code;
         const auto status = fs::status(path, code);
         if (code && code != std::errc::no_such_file_or_directory && code != std::errc::not_a_directory)

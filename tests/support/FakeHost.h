@@ -1,61 +1,21 @@
 #pragma once
 
-#include "common/core/Host.h"
+#include "support/RecordingHost.h"
 
-#include <deque>
 #include <functional>
-#include <string>
-#include <vector>
 
 namespace kesta::test {
 
-// A printer that keeps what it was given.
-class FakePrinter : public Printer {
-public:
-    void print(const std::string& text) override { texts.push_back(text); }
-    int pageNumber() const override { return 1; }
-    void endDoc() override { ++documents; }
-    std::vector<std::string> texts;
-    int documents = 0;
-    bool failing = false;
-};
-
-// The host of the tests: message boxes are answered from a script and
-// recorded, modal dialogs are handed to scripted handlers, the clock stands
-// still until advanced, and ending the program writes what was shown to
-// stderr and exits, so a death test can check both.
-class FakeHost : public Host {
+// The host of the window tests: a recording host whose modal dialogs are
+// handed to scripted handlers instead of waiting for a user.
+class FakeHost : public RecordingHost {
 public:
     using ModalScript = std::function<void(QDialog&)>;
 
-    MessageAnswer messageBox(const MessageBoxRequest& request) override;
     void execModal(QDialog& dialog) override;
-    [[noreturn]] void endProgram(int status) override;
-    std::chrono::system_clock::time_point now() override { return clock; }
-    std::uint64_t randomSeed() override { return ++seed; }
-    void beep() override { ++beeps; }
-    Printer* printer() override { return printerInstalled ? &fakePrinter : nullptr; }
-    std::optional<std::string> knownFolder(std::int32_t folderId) override;
-    bool startSystemInformation() override;
 
-    // Answers for the next message boxes, in order; Ok when none is left.
-    std::deque<MessageAnswer> answers;
     // Handlers for the next modal dialogs, in order; a dialog without one is rejected.
     std::deque<ModalScript> modalScripts;
-
-    std::vector<MessageBoxRequest> messages; // every message box shown
-    std::vector<std::string> modals;         // objectName of every modal dialog shown
-    std::chrono::system_clock::time_point clock = std::chrono::system_clock::from_time_t(1795000000);
-    std::uint64_t seed = 0;
-    int beeps = 0;
-    bool printerInstalled = true;
-    FakePrinter fakePrinter;
-    std::optional<std::string> appData; // what the known-folder lookup answers
-    bool systemInformationAvailable = false;
-    int systemInformationStarts = 0;
-
-    // The texts of the message boxes shown so far.
-    std::vector<std::string> messageTexts() const;
 };
 
 // Clicks the named button of a dialog (by objectName).

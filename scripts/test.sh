@@ -1,0 +1,16 @@
+#!/usr/bin/env bash
+# Builds and runs every test twice: in a normal build and in a build with
+# AddressSanitizer and UndefinedBehaviorSanitizer. Any failure or sanitizer
+# report fails the run.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+bash scripts/deps.sh
+
+for preset in dev asan; do
+  echo "=== ${preset}: configure and build"
+  cmake --preset "$preset" >/dev/null
+  cmake --build --preset "$preset" -j 2
+  echo "=== ${preset}: tests"
+  ctest --preset "$preset"
+done
