@@ -24,3 +24,22 @@ install(CODE "
          WORLD_READ WORLD_WRITE WORLD_EXECUTE)
   endforeach()
 ")
+
+if(KESTA_BUILD_GUI)
+  install(FILES ${CMAKE_SOURCE_DIR}/packaging/kesta-demo.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
+  install(FILES ${CMAKE_SOURCE_DIR}/packaging/kesta-demo.svg
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps)
+endif()
+
+# A Debian package of the system install; its post-install step makes the data tree.
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME kesta-demo)
+set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
+set(CPACK_PACKAGE_CONTACT "KESTA developers <dev@kesta.example>")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "Practice exams and domain quizzes for an IT certification")
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_SECTION education)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${CMAKE_SOURCE_DIR}/packaging/postinst)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION TRUE)
+include(CPack)
