@@ -2,7 +2,9 @@
 
 #include "common/core/FixedArray.h"
 
+#include <functional>
 #include <string>
+#include <vector>
 
 namespace kesta {
 
@@ -18,5 +20,48 @@ struct Catalogues {
     FixedArray<CatalogueEntry, 0, 10> QuizCatalogue;
     bool FileFound = false; // set by Check_File
 };
+
+// Which of the two catalogues a test belongs to.
+enum class CatalogueKind { Exam, Quiz };
+
+// The number of tests each catalogue can offer; further files are ignored.
+inline constexpr int ExamSlots = 31;
+inline constexpr int QuizSlots = 11;
+
+// One test found by a scan: the catalogue slot and the menu items it fills.
+struct CatalogueHit {
+    CatalogueKind kind;
+    int index; // slot in its catalogue, counted separately for exams and quizzes
+    std::string fileName;
+    std::string title;
+};
+
+// The title of the file at a full path. Whatever it raises ends the scan.
+using TitleReader = std::function<std::string(const std::string& path)>;
+
+// The names of the files directly inside `folder`, sorted by name so that the
+// catalogue order does not depend on the file system's listing order.
+// Raises RuntimeError 76 (Path not found) when the folder does not exist.
+std::vector<std::string> listFolderFiles(const std::string& folder);
+
+// Classifies the files `fileNames` of `folderspec` (ending in the separator)
+// by their titles: a title holding "kesta exam demo" makes an exam, one
+// holding "kesta quiz demo" a quiz, both make both, and a title with neither
+// is skipped. Files past the 31st exam or the 11th quiz are skipped; a file
+// is only read while one of the catalogues still has room.
+std::vector<CatalogueHit> classifyFiles(const std::string& folderspec, const std::vector<std::string>& fileNames,
+                                        const TitleReader& titleOf);
+
+// Empties both catalogues, then stores every hit in its slot.
+void fillCatalogues(Catalogues& catalogues, const std::vector<CatalogueHit>& hits);
+
+// The first line of a file: the enciphered title of a question file. Raises
+// RuntimeError 53 for a missing file and 62 (Input past end of file) for an
+// empty one.
+std::string readFirstLine(const std::string& path);
+
+// True when the file can be read and holds at least one character; a missing
+// or unreadable file counts as empty and raises nothing.
+bool hasContent(const std::string& path);
 
 } // namespace kesta

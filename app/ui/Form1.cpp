@@ -227,6 +227,7 @@ void Form1::InitializeVariables()
     trap("InitializeVariables()", [&] {
         SessionState& s = state_.session;
         Save_Progress->setEnabled(false);
+        mnuPrintQuestions->setEnabled(false); // until a test is chosen
         s.SaveAllowed = false;
 
         Create_Menu();

@@ -1,16 +1,142 @@
-// The test catalogue, its menus and the options. (Filled in by the catalogue work.)
+// The test catalogue, its menus and the options.
 #include "app/ui/Form1.h"
+
+#include "app/core/Catalogue.h"
+#include "app/core/Options.h"
+#include "app/ui/About.h"
+#include "app/ui/ConfigWizard.h"
+#include "app/ui/Trap.h"
+#include "common/core/SafeFile.h"
+#include "questions/core/Cipher.h"
+
+#include <QAction>
+#include <QPointer>
+
+#include <algorithm>
 
 namespace kesta {
 
-void Form1::Create_Menu() {}
-void Form1::GetFolderList(const std::string&) {}
-std::string Form1::GetTitle(const std::string&) { return {}; }
-void Form1::Adjust_Menu() {}
-void Form1::Enable_Mnu_Items() {}
-void Form1::Check_File(const std::string&) {}
-void Form1::ReadOptions() {}
-void Form1::mnuOptions_Click() {}
-void Form1::AboutItem_Click() {}
+namespace {
+
+// The same scan serves the menus and the load items, so their indices meet.
+std::vector<CatalogueHit> scanFolder(Form1& form, const std::string& folderspec, std::vector<std::string> names)
+{
+    return classifyFiles(folderspec, names, [&form](const std::string& path) { return form.GetTitle(path); });
+}
+
+void showItem(QAction* item, const std::string& caption)
+{
+    item->setText(QString::fromStdString(caption));
+    item->setVisible(true);
+}
+
+} // namespace
+
+void Form1::Create_Menu()
+{
+    trap("Create_Menu()", [&] { GetFolderList(state_.folders.questionFolder()); });
+}
+
+void Form1::GetFolderList(const std::string& folderspec)
+{
+    trap("GetFolderList()", [&] {
+        const std::vector<CatalogueHit> hits = scanFolder(*this, folderspec, listFolderFiles(folderspec));
+        fillCatalogues(state_.catalogues, hits);
+        for (const CatalogueHit& hit : hits) {
+            const auto i = static_cast<std::size_t>(hit.index);
+            if (hit.kind == CatalogueKind::Exam) {
+                showItem(Chapter1[i], hit.title);
+                showItem(ch01[i], hit.title);
+            } else {
+                showItem(Review1[i], hit.title);
+                showItem(r01[i], hit.title);
+            }
+        }
+    });
+}
+
+std::string Form1::GetTitle(const std::string& filename)
+{
+    std::string title;
+    trap("GetTitle()", [&] { title = DecryptString(readFirstLine(filename), std::string(QuestionPassPhrase)); });
+    return title;
+}
+
+void Form1::Adjust_Menu()
+{
+    trap("Adjust_Menu()", [&] {
+        ch01[0]->setEnabled(false);
+        mnuScore01[0]->setEnabled(false);
+        ResetScoreMenu();
+        Enable_Mnu_Items();
+    });
+}
+
+void Form1::Enable_Mnu_Items()
+{
+    trap("Enable_Mnu_Items()", [&] {
+        const std::string folderspec = state_.folders.questionFolder();
+        const std::string userFolder = state_.folders.DataDir + "/User/";
+        std::vector<CatalogueHit> hits = scanFolder(*this, folderspec, listFolderFiles(folderspec));
+        // The score menu lists every exam's scores before any quiz's, whatever the folder order.
+        std::stable_partition(hits.begin(), hits.end(),
+                              [](const CatalogueHit& hit) { return hit.kind == CatalogueKind::Exam; });
+        for (const CatalogueHit& hit : hits) {
+            const bool exam = hit.kind == CatalogueKind::Exam;
+            const CatalogueEntry& entry =
+                exam ? state_.catalogues.ExamCatalogue[hit.index] : state_.catalogues.QuizCatalogue[hit.index];
+            const std::string saved = userFolder + hit.fileName + ".usr";
+            Check_File(saved);
+            if (state_.catalogues.FileFound) {
+                QAction* item = (exam ? ch01 : r01)[static_cast<std::size_t>(hit.index)];
+                item->setEnabled(true);
+                showItem(item, entry.Title);
+            }
+            for (int k = 1; k <= 5; ++k)
+                Check_File_ViewScore(saved + ".score" + std::to_string(k), entry.Title);
+        }
+    });
+}
+
+void Form1::Check_File(const std::string& file_to_check)
+{
+    state_.catalogues.FileFound = hasContent(file_to_check);
+}
+
+void Form1::ReadOptions()
+{
+    const std::string path = optionsFilePath(state_.folders);
+    try {
+        loadOptions(path, state_.options);
+    } catch (const std::exception&) {
+        // Never logged: a damaged file is simply replaced. A failure to
+        // write the defaults is the caller's to report.
+        app_.host.messageBox({AppTitle, "The options file appears to be corrupt. Default settings will be restored.",
+                              MessageIcon::None, MessageButtons::Ok});
+        safefile::replace(path, DefaultOptionsText);
+        ReadOptions();
+    }
+}
+
+void Form1::mnuOptions_Click()
+{
+    trap("mnuOptions_Click()", [&] {
+        ReadOptions();
+        QPointer<Config_Wizard_01> wizard = new Config_Wizard_01(app_, this);
+        wizard->Form_Load();
+        app_.host.execModal(*wizard);
+        App::unload(wizard);
+    });
+}
+
+void Form1::AboutItem_Click()
+{
+    trap("AboutItem_Click()", [&] {
+        QPointer<frmAbout> about = new frmAbout(app_, this);
+        about->Form_Load();
+        app_.host.execModal(*about);
+        App::unload(about);
+    });
+}
 
 } // namespace kesta

@@ -1,6 +1,7 @@
 #include "app/ui/Startup.h"
 
 #include "app/ui/App.h"
+#include "app/ui/Splash.h"
 #include "common/core/ErrorTrap.h"
 
 #include <QApplication>
@@ -10,7 +11,10 @@ namespace kesta {
 int runProgram(Host& host, const std::string& programDir)
 {
     App app(host, programDir);
-    untrapped(host, [&] { app.showMainWindow(); });
+    // The splash unloads itself and opens the main window when dismissed.
+    auto* splash = new frmSplash(app);
+    untrapped(host, [&] { splash->Form_Load(); });
+    splash->show();
     return QApplication::exec();
 }
 

@@ -18,7 +18,7 @@ class FixedArray {
 public:
     static constexpr std::int64_t lowerBound = Lo;
     static constexpr std::int64_t upperBound = Hi;
-    static constexpr std::size_t slots = static_cast<std::size_t>(Hi - Lo + 1);
+    static constexpr std::size_t slotCount = static_cast<std::size_t>(Hi - Lo + 1);
 
     T& operator[](std::int64_t index) { return items_[offset(index)]; }
     const T& operator[](std::int64_t index) const { return items_[offset(index)]; }
@@ -36,7 +36,7 @@ private:
         return static_cast<std::size_t>(index - Lo);
     }
 
-    std::array<T, slots> items_{};
+    std::array<T, slotCount> items_{};
 };
 
 } // namespace kesta

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <sstream>
 
 #include <unistd.h>
@@ -22,8 +23,11 @@ TempDir::TempDir() : owner_(!inDeathTestChild())
     const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
     const std::string name = info ? std::string(info->test_suite_name()) + "." + info->name() : "global";
     const long pid = owner_ ? static_cast<long>(::getpid()) : static_cast<long>(::getppid());
-    static int serial = 0;
-    path_ = (fs::temp_directory_path() / ("kesta-test-" + std::to_string(pid)) / (name + "-" + std::to_string(serial++)))
+    // Counted per test: a death-test child runs only its own test, so a
+    // program-wide count would name a different folder than the parent's.
+    static std::map<std::string, int> serials;
+    const int serial = serials[name]++;
+    path_ = (fs::temp_directory_path() / ("kesta-test-" + std::to_string(pid)) / (name + "-" + std::to_string(serial)))
                 .string();
     if (owner_)
         fs::remove_all(path_);

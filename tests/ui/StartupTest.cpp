@@ -2,6 +2,7 @@
 #include "support/TestApp.h"
 
 #include <QAction>
+#include <QButtonGroup>
 #include <QLabel>
 #include <QProgressBar>
 #include <QPushButton>
