@@ -1,0 +1,22 @@
+#pragma once
+
+#include <string>
+
+class QTextBrowser;
+
+namespace kesta {
+
+class App;
+
+// The HTML views of the results and answer windows show pages the way the
+// main window does: through the one page file, or an "about:" address whose
+// text is shown as the page.
+
+// Shows `address` in `view`: the HTML after "about:", or the file at that path
+// (a file that cannot be read shows blank, as a browser's error page would).
+void showAddress(QTextBrowser& view, const std::string& address);
+
+// Writes `text` to the page file with the page writer and shows that file.
+void showPageText(App& app, QTextBrowser& view, std::string text);
+
+} // namespace kesta
