@@ -28,6 +28,7 @@ public:
     virtual void print(const std::string& text) = 0;  // one text, line breaks allowed
     virtual int pageNumber() const = 0;                // the numeric property read per question
     virtual void endDoc() = 0;                         // send the document
+    virtual void killDoc() {}                          // abandon the document printed so far
 };
 
 // Everything outside the program's own logic that tests must control or

@@ -1,5 +1,7 @@
 #include "common/ui/QtHost.h"
 
+#include "common/ui/QtPrinter.h"
+
 #include <QApplication>
 #include <QDialog>
 #include <QMessageBox>
@@ -79,6 +81,9 @@ void QtHost::beep()
 
 Printer* QtHost::printer()
 {
+    // Looked up until one is found: a printer may be installed while the program runs.
+    if (!printer_)
+        printer_ = QtPrinter::forDefaultPrinter();
     return printer_.get();
 }
 

@@ -23,9 +23,10 @@ void offerSave(App& app)
 }
 } // namespace
 
-ConfirmDialog::ConfirmDialog(App& app, const char* name, const char* title, const char* label,
-                             const char* okCaption, const char* cancelCaption)
-    : QDialog(app.windows.form1), app_(app)
+ConfirmDialog::ConfirmDialog(
+    App& app, const char* name, const char* title, const char* label, const char* okCaption, const char* cancelCaption)
+    : QDialog(app.windows.form1)
+    , app_(app)
 {
     setObjectName(name);
     setWindowTitle(title);
@@ -41,9 +42,14 @@ Dialog::Dialog(App& app)
     : ConfirmDialog(app, "Dialog", "End Exam", "Are you sure you wish to terminate the current exam?", "Yes", "No")
 {
     switch (kindOf(app.state.session.TestName)) {
-    case TestKind::Exam: Label1->setText("Are you sure you wish to terminate the current exam?"); break;
-    case TestKind::DomainQuiz: Label1->setText("Are you sure you wish to terminate the current Domain Quiz?"); break;
-    case TestKind::Neither: break;
+    case TestKind::Exam:
+        Label1->setText("Are you sure you wish to terminate the current exam?");
+        break;
+    case TestKind::DomainQuiz:
+        Label1->setText("Are you sure you wish to terminate the current Domain Quiz?");
+        break;
+    case TestKind::Neither:
+        break;
     }
     connect(OKButton, &QPushButton::clicked, this, [this] { OKButton_Click(); });
     connect(CancelButton, &QPushButton::clicked, this, [this] { CancelButton_Click(); });
@@ -88,8 +94,7 @@ void Dialog1::CancelButton_Click()
 
 Dialog2::Dialog2(App& app)
     : ConfirmDialog(app, "Dialog2", "Exit Explanation Dialog",
-                    "Are you sure you wish to close the Explanation window? This will reset the exam or quiz.",
-                    "OK", "Cancel")
+        "Are you sure you wish to close the Explanation window? This will reset the exam or quiz.", "OK", "Cancel")
 {
     // The laid-out OK and Cancel buttons stay without actions; Command2 and Command1 act.
     OKButton->hide();
@@ -103,7 +108,8 @@ Dialog2::Dialog2(App& app)
     case TestKind::DomainQuiz:
         Label1->setText("Are you sure you wish to close the Explanation window? This will reset the Domain Quiz.");
         break;
-    case TestKind::Neither: break;
+    case TestKind::Neither:
+        break;
     }
     connect(Command2, &QPushButton::clicked, this, [this] { Command2_Click(); });
     connect(Command1, &QPushButton::clicked, this, [this] { Command1_Click(); });
@@ -123,8 +129,8 @@ void Dialog2::Command1_Click()
 }
 
 Form3::Form3(App& app)
-    : ConfirmDialog(app, "Form3", "Save Progress", "Would you like to save your progress before continuing?", "Yes",
-                    "No")
+    : ConfirmDialog(
+        app, "Form3", "Save Progress", "Would you like to save your progress before continuing?", "Yes", "No")
 {
     connect(OKButton, &QPushButton::clicked, this, [this] { OKButton_Click(); });
     connect(CancelButton, &QPushButton::clicked, this, [this] { CancelButton_Click(); });

@@ -21,7 +21,7 @@ public:
 
 protected:
     ConfirmDialog(App& app, const char* name, const char* title, const char* label, const char* okCaption,
-                  const char* cancelCaption);
+        const char* cancelCaption);
     App& app_;
 };
 

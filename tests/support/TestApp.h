@@ -9,7 +9,16 @@
 #include <QWidget>
 
 #include <memory>
+#include <ostream>
 #include <string>
+
+// Lets failed comparisons of Qt strings print as text.
+QT_BEGIN_NAMESPACE
+inline void PrintTo(const QString& text, std::ostream* os)
+{
+    *os << '"' << text.toStdString() << '"';
+}
+QT_END_NAMESPACE
 
 namespace kesta::test {
 

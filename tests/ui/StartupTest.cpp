@@ -87,7 +87,7 @@ TEST(StartupTest, TheMainWindowOpensIdle)
 
     // Options are not read at start, so the first page carries no font tag.
     EXPECT_EQ(readFile(t.pageFile()), "Select a new Domain Quiz or Exam from the file menu to begin\r\n");
-    EXPECT_EQ(f.WebBrowser1->toPlainText(), "Select a new Domain Quiz or Exam from the file menu to begin");
+    EXPECT_EQ(f.WebBrowser1->toPlainText().trimmed(), "Select a new Domain Quiz or Exam from the file menu to begin");
     EXPECT_EQ(f.statusPanels[2]->text(), "Ready");
     EXPECT_EQ(f.ProgressBar1->parentWidget(), f.StatusBar1);
     EXPECT_EQ(f.ProgressBar1->geometry(), f.statusPanels[1]->geometry());
