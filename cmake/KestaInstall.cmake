@@ -23,6 +23,13 @@ install(CODE "
          OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_WRITE GROUP_EXECUTE
          WORLD_READ WORLD_WRITE WORLD_EXECUTE)
   endforeach()
+  # Ship the default options, so a first test does not greet the user with a repair notice.
+  set(options \"\${root}/MORVO/KESTA/All/User/option.usr\")
+  if(NOT EXISTS \"\${options}\")
+    string(ASCII 13 cr)
+    file(WRITE \"\${options}\" \"1\${cr}\n0\${cr}\n0\${cr}\n1\${cr}\n30\${cr}\n5\")
+    file(CHMOD \"\${options}\" PERMISSIONS OWNER_READ OWNER_WRITE GROUP_READ GROUP_WRITE WORLD_READ WORLD_WRITE)
+  endif()
 ")
 
 if(KESTA_BUILD_GUI)
