@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Builds and runs every test twice: in a normal build and in a build with
-# AddressSanitizer and UndefinedBehaviorSanitizer. Any failure or sanitizer
-# report fails the run.
+# AddressSanitizer and UndefinedBehaviorSanitizer; then runs each fuzz target
+# for a few seconds. Any failure or sanitizer report fails the run.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -14,3 +14,6 @@ for preset in dev asan; do
   echo "=== ${preset}: tests"
   ctest --preset "$preset"
 done
+
+echo "=== fuzz"
+bash scripts/fuzz.sh
