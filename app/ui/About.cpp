@@ -48,6 +48,7 @@ frmAbout::frmAbout(App& app, QWidget* parent) : QDialog(parent), app_(app)
     cmdOK = ui::button(this, "cmdOK", "OK", QRect(Width - 276, Height - 58, 120, 30));
     cmdSysInfo = ui::button(this, "cmdSysInfo", "&System Info...", QRect(Width - 144, Height - 58, 120, 30));
     cmdOK->setDefault(true);
+    ui::setTabChain({cmdOK, cmdSysInfo});
 
     connect(cmdOK, &QPushButton::clicked, this, [this] { cmdOK_Click(); });
     connect(cmdSysInfo, &QPushButton::clicked, this, [this] { StartSysInfo(); });

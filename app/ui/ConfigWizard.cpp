@@ -22,14 +22,11 @@ constexpr const char* FinishNotice =
     "If you have modified the font size, the change will take place when a new question is loaded.";
 
 // The lists accept typed text as well as a choice, as the original lists did.
-QComboBox* list(QWidget* parent, const char* name, const char* accessibleName, const QRect& geometry)
+QComboBox* list(QWidget* parent, const char* name, const QRect& geometry)
 {
-    auto* combo = new QComboBox(parent);
-    combo->setObjectName(name);
-    combo->setAccessibleName(accessibleName);
+    QComboBox* combo = ui::comboBox(parent, name, geometry);
     combo->setEditable(true);
     combo->setInsertPolicy(QComboBox::NoInsert);
-    combo->setGeometry(geometry);
     return combo;
 }
 
@@ -64,15 +61,21 @@ Config_Wizard_01::Config_Wizard_01(App& app, QWidget* parent) : QDialog(parent),
     Label2 = ui::label(Frame1, "Label2", "Hour", QRect(16, 50, 90, 18));
     Label3 = ui::label(Frame1, "Label3", "Minute", QRect(122, 50, 90, 18));
     Label4 = ui::label(Frame1, "Label4", "Second", QRect(228, 50, 90, 18));
-    Combo1 = list(Frame1, "Combo1", "Hour", QRect(16, 70, 90, 26));
-    Combo2 = list(Frame1, "Combo2", "Minute", QRect(122, 70, 90, 26));
-    Combo3 = list(Frame1, "Combo3", "Second", QRect(228, 70, 90, 26));
+    Combo1 = list(Frame1, "Combo1", QRect(16, 70, 90, 26));
+    Combo2 = list(Frame1, "Combo2", QRect(122, 70, 90, 26));
+    Combo3 = list(Frame1, "Combo3", QRect(228, 70, 90, 26));
     Label5 = ui::label(Frame1, "Label5", "Question Font Size", QRect(16, 114, 190, 22));
-    Combo4 = list(Frame1, "Combo4", "Question Font Size", QRect(228, 112, 90, 26));
+    Combo4 = list(Frame1, "Combo4", QRect(228, 112, 90, 26));
 
     Cancel = ui::button(this, "Cancel", "Cancel", QRect(Width - 236, Height - 46, 106, 30));
     Next = ui::button(this, "Next", "Finish", QRect(Width - 118, Height - 46, 106, 30));
     Next->setDefault(true);
+
+    ui::labelFor(Label2, Combo1);
+    ui::labelFor(Label3, Combo2);
+    ui::labelFor(Label4, Combo3);
+    ui::labelFor(Label5, Combo4);
+    ui::setTabChain({Combo1, Combo2, Combo3, Combo4, Cancel, Next});
     ui::setFontFamily(this, "Arial");
 
     connect(Next, &QPushButton::clicked, this, [this] { Next_Click(); });

@@ -52,23 +52,26 @@ Form1::~Form1() = default;
 
 void Form1::buildMenus()
 {
+    // The fixed captions carry keyboard mnemonics; Qt shows the marker only as
+    // an underline, and screen readers announce the caption without it. The
+    // catalogue and score items take their captions from the files and get none.
     QMenuBar* bar = menuBar();
     mnuFile = ui::menu(bar, "mnuFile", "&File");
-    mnuNew = ui::menu(mnuFile, "mnuNew", "New Domain Quiz or Exam");
-    mnuPracticeExams = ui::menu(mnuNew, "mnuPracticeExams", "Select Exam");
-    mnuReviewQuizzes = ui::menu(mnuNew, "mnuReviewQuizzes", "Select Domain Quiz");
-    Restore = ui::menu(mnuFile, "Restore", "Load Previous Domain Quiz or Exam");
-    mnuLoadP = ui::menu(Restore, "mnuLoadP", "Load Exam");
-    mnuLoadReview = ui::menu(Restore, "mnuLoadReview", "Load Domain Quiz");
-    mnuViewScore = ui::menu(mnuFile, "mnuViewScore", "View Previous Scores");
+    mnuNew = ui::menu(mnuFile, "mnuNew", "&New Domain Quiz or Exam");
+    mnuPracticeExams = ui::menu(mnuNew, "mnuPracticeExams", "Select &Exam");
+    mnuReviewQuizzes = ui::menu(mnuNew, "mnuReviewQuizzes", "Select Domain &Quiz");
+    Restore = ui::menu(mnuFile, "Restore", "&Load Previous Domain Quiz or Exam");
+    mnuLoadP = ui::menu(Restore, "mnuLoadP", "Load &Exam");
+    mnuLoadReview = ui::menu(Restore, "mnuLoadReview", "Load Domain &Quiz");
+    mnuViewScore = ui::menu(mnuFile, "mnuViewScore", "&View Previous Scores");
     mnuFile->addSeparator();
-    Save_Progress = ui::action(mnuFile, "Save_Progress", "Save Domain Quiz or Exam Progress");
-    mnuPrintQuestions = ui::action(mnuFile, "mnuPrintQuestions", "Print Questions");
-    mnuOptions = ui::action(mnuFile, "mnuOptions", "Options");
+    Save_Progress = ui::action(mnuFile, "Save_Progress", "&Save Domain Quiz or Exam Progress");
+    mnuPrintQuestions = ui::action(mnuFile, "mnuPrintQuestions", "&Print Questions");
+    mnuOptions = ui::action(mnuFile, "mnuOptions", "&Options");
     mnuFile->addSeparator();
-    quitMenuItem = ui::action(mnuFile, "quitMenuItem", "Exit");
+    quitMenuItem = ui::action(mnuFile, "quitMenuItem", "E&xit");
     mnuHelp = ui::menu(bar, "mnuHelp", "&Help");
-    AboutItem = ui::action(mnuHelp, "AboutItem", "About");
+    AboutItem = ui::action(mnuHelp, "AboutItem", "&About");
 
     // Item arrays: more items than catalogue slots, all hidden until filled.
     auto fill = [](QMenu* parent, std::vector<QAction*>& items, const char* name, const char* caption, int count,
@@ -156,6 +159,11 @@ void Form1::buildControls()
     Timer2->setObjectName("Timer2");
     Timer2->setInterval(3000);
 
+    // Tab follows the layout: the page, the answers left to right, then the
+    // row of buttons (those that share a place are never shown together).
+    ui::setTabChain({WebBrowser1, Option1, Option2, Option3, Option4, Back_Command1, Command2, Finish, Start_Test,
+                     ViewAnswer, EndExam});
+
     for (QWidget* w : {static_cast<QWidget*>(Frame1), static_cast<QWidget*>(Frame2)})
         ui::setFontFamily(w, "Arial");
     qApp->installEventFilter(this); // key preview: letters reach the window before its controls
@@ -198,8 +206,8 @@ void Form1::Form_Load()
         folders.derive(app_.data.GetSpecialFolderPath(35, 0));
 
         setWindowTitle(AppTitle);
-        quitMenuItem->setText(QString("Exit ") + AppTitle);
-        AboutItem->setText(QString("About ") + AppTitle);
+        quitMenuItem->setText(QString("E&xit ") + AppTitle);
+        AboutItem->setText(QString("&About ") + AppTitle);
 
         InitializeVariables();
         ShowStatusProgress(true);

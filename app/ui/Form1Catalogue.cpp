@@ -7,6 +7,7 @@
 #include "app/ui/ConfigWizard.h"
 #include "app/ui/Trap.h"
 #include "common/core/SafeFile.h"
+#include "common/ui/Widgets.h"
 #include "questions/core/Cipher.h"
 
 #include <QAction>
@@ -26,7 +27,7 @@ std::vector<CatalogueHit> scanFolder(Form1& form, const std::string& folderspec,
 
 void showItem(QAction* item, const std::string& caption)
 {
-    item->setText(QString::fromStdString(caption));
+    item->setText(ui::literalCaption(QString::fromStdString(caption)));
     item->setVisible(true);
 }
 

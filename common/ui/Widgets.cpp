@@ -1,6 +1,9 @@
 #include "common/ui/Widgets.h"
 
+#include <QAccessible>
+#include <QAccessibleWidget>
 #include <QAction>
+#include <QComboBox>
 #include <QFrame>
 #include <QGroupBox>
 #include <QLabel>
@@ -11,6 +14,60 @@
 
 namespace kesta::ui {
 
+namespace {
+
+// On Linux Qt announces a combo box by its current value ("30") and leaves
+// the label to a relation, ignoring the accessible name; screen readers that
+// list controls, and tests that look a control up by name, then cannot tell
+// the lists apart. A named combo box is announced by its name instead, with
+// the value as its value (and as its name while it has none).
+class NamedComboBox final : public QAccessibleWidget {
+public:
+    explicit NamedComboBox(QComboBox* combo) : QAccessibleWidget(combo, QAccessible::ComboBox) {}
+
+    QString text(QAccessible::Text t) const override
+    {
+        const auto* combo = static_cast<const QComboBox*>(widget());
+        if (t == QAccessible::Name && !combo->accessibleName().isEmpty())
+            return combo->accessibleName();
+        if (t == QAccessible::Name || t == QAccessible::Value)
+            return combo->currentText();
+        return QAccessibleWidget::text(t);
+    }
+};
+
+QAccessibleInterface* namedComboBoxFactory(const QString& className, QObject* object)
+{
+    auto* combo = qobject_cast<QComboBox*>(object);
+    if (className == QLatin1String("QComboBox") && combo != nullptr)
+        return new NamedComboBox(combo);
+    return nullptr;
+}
+
+} // namespace
+
+QComboBox* comboBox(QWidget* parent, const QString& name, const QRect& geometry)
+{
+    // Installed before the first combo box exists: an active screen reader
+    // asks for a control's interface as soon as it is made, and keeps it.
+    // Factories installed later are asked first, so this one overrides Qt's own.
+    static const bool installed = [] {
+        QAccessible::installFactory(namedComboBoxFactory);
+        return true;
+    }();
+    (void)installed;
+    auto* combo = new QComboBox(parent);
+    combo->setObjectName(name);
+    combo->setGeometry(geometry);
+    return combo;
+}
+
+void labelFor(QLabel* label, QWidget* control)
+{
+    label->setBuddy(control);
+    control->setAccessibleName(plainCaption(label->text()));
+}
+
 QString plainCaption(const QString& caption)
 {
     QString plain = caption;
@@ -18,6 +75,13 @@ QString plainCaption(const QString& caption)
     plain.remove('&');
     plain.replace(QString(QChar(0x1)), "&");
     return plain;
+}
+
+QString literalCaption(const QString& text)
+{
+    QString escaped = text;
+    escaped.replace("&", "&&");
+    return escaped;
 }
 
 QMenu* menu(QMenuBar* bar, const QString& name, const QString& caption)
@@ -88,6 +152,16 @@ QRadioButton* radio(QWidget* parent, const QString& name, const QString& caption
     r->setObjectName(name);
     r->setGeometry(geometry);
     return r;
+}
+
+void setTabChain(std::initializer_list<QWidget*> widgets)
+{
+    QWidget* previous = nullptr;
+    for (QWidget* widget : widgets) {
+        if (previous != nullptr)
+            QWidget::setTabOrder(previous, widget);
+        previous = widget;
+    }
 }
 
 void setFontFamily(QWidget* widget, const QString& family)

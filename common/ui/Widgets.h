@@ -3,7 +3,10 @@
 #include <QRect>
 #include <QString>
 
+#include <initializer_list>
+
 class QAction;
+class QComboBox;
 class QFrame;
 class QGroupBox;
 class QLabel;
@@ -30,10 +33,26 @@ QPushButton* button(QWidget* parent, const QString& name, const QString& caption
                     const QString& toolTip = {});
 QRadioButton* radio(QWidget* parent, const QString& name, const QString& caption, const QRect& geometry);
 
+// A list box, announced by its name (see labelFor) rather than by its value.
+QComboBox* comboBox(QWidget* parent, const QString& name, const QRect& geometry);
+
+// Ties a control without a caption of its own to the label before it: the
+// label's buddy, and announced by the label's text (without '&').
+void labelFor(QLabel* label, QWidget* control);
+
+// Makes the keyboard focus pass through `widgets` in the order given, so that
+// Tab follows the layout rather than the order the controls were created in.
+void setTabChain(std::initializer_list<QWidget*> widgets);
+
 // Sets the font family of a widget and everything inside it.
 void setFontFamily(QWidget* widget, const QString& family);
 
-// The caption without its mnemonic marker.
+// The caption without its mnemonic marker, as screen readers announce it:
+// "E&xit" gives "Exit", "Q&&A" gives "Q&A".
 QString plainCaption(const QString& caption);
+
+// A caption taken from data (a test's title) that shows every '&' as written
+// instead of turning the next letter into a mnemonic.
+QString literalCaption(const QString& text);
 
 } // namespace kesta::ui

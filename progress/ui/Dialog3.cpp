@@ -32,6 +32,7 @@ Dialog3::Dialog3(App& app)
     OK = ui::button(this, "OK", "OK", QRect(Width / 2 - ButtonWidth / 2, Height - 44, ButtonWidth, 30),
         "Click OK to go back to the main exam window.");
     OK->setDefault(true);
+    ui::setTabChain({WebBrowser1, OK});
     ui::setFontFamily(this, "Arial");
     connect(OK, &QPushButton::clicked, this, [this] { OK_Click(); });
     Form_Load();

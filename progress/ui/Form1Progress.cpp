@@ -208,7 +208,7 @@ void Form1::Check_File_ViewScore(const std::string& file_to_check, const std::st
         QAction* item = mnuScore01[n];
         item->setVisible(true);
         item->setEnabled(true);
-        item->setText(QString::fromStdString(Title) + " (Saved on: " + date + ")");
+        item->setText(ui::literalCaption(QString::fromStdString(Title) + " (Saved on: " + date + ")"));
         item->setData(QString::fromStdString(file_to_check));
 
         // The next item waits, hidden, for the next score.

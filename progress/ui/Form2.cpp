@@ -71,7 +71,7 @@ void Form2::buildControls()
 
     WebBrowser1 = new QTextBrowser(this);
     WebBrowser1->setObjectName("WebBrowser1");
-    WebBrowser1->setAccessibleName("Explanation page");
+    WebBrowser1->setAccessibleName("Results page");
     WebBrowser1->setOpenLinks(false);
     WebBrowser1->setGeometry(0, BrowserTop, FormWidth - twips(1400), 300);
 
@@ -94,6 +94,8 @@ void Form2::buildControls()
     cmdPrintQuestions->hide();
     Expl_Next->hide();
     Expl_Back->hide();
+    // Tab goes row by row, left to right, not column by column as the buttons were made.
+    ui::setTabChain({WebBrowser1, cmdPrintQuestions, Command3, Expl_Next, Expl_Exit, Expl_Back});
 
     for (QWidget* w : { static_cast<QWidget*>(Frame1), static_cast<QWidget*>(Frame2) })
         ui::setFontFamily(w, "Arial");

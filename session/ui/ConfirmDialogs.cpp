@@ -35,6 +35,7 @@ ConfirmDialog::ConfirmDialog(
     Label1->setWordWrap(true);
     OKButton = ui::button(this, "OKButton", okCaption, QRect(Width / 2 - 130, 100, 120, 30));
     CancelButton = ui::button(this, "CancelButton", cancelCaption, QRect(Width / 2 + 10, 100, 120, 30));
+    ui::setTabChain({OKButton, CancelButton});
     ui::setFontFamily(this, "Arial");
 }
 
@@ -101,6 +102,7 @@ Dialog2::Dialog2(App& app)
     CancelButton->hide();
     Command2 = ui::button(this, "Command2", "OK", OKButton->geometry());
     Command1 = ui::button(this, "Command1", "Cancel", CancelButton->geometry());
+    ui::setTabChain({Command2, Command1});
     switch (kindOf(app.state.session.TestName)) {
     case TestKind::Exam:
         Label1->setText("Are you sure you wish to close the Explanation window? This will reset the exam");

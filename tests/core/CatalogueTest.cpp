@@ -2,6 +2,7 @@
 #include "common/core/RuntimeError.h"
 #include "support/TempDir.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -10,151 +11,96 @@
 namespace kesta {
 namespace {
 
-namespace fs = std::filesystem;
 using test::writeFile;
 
-int errorNumber(const std::function<void()>& body)
+// Matches a call that raises the run-time error `number`.
+auto raises(int number)
 {
-    try {
-        body();
-    } catch (const RuntimeError& error) {
-        return error.number();
-    }
-    return 0;
+    return ::testing::Throws<RuntimeError>(::testing::Property(&RuntimeError::number, number));
 }
 
-// Titles are looked up by file name; every lookup is counted.
-struct Titles {
-    std::map<std::string, std::string> byName;
-    std::vector<std::string> asked;
-
-    TitleReader reader()
-    {
-        return [this](const std::string& path) {
-            asked.push_back(path);
-            return byName.at(path.substr(path.find_last_of('/') + 1));
-        };
-    }
-};
-
-std::vector<std::string> names(int count, const char* prefix)
+// Classifies `files` whose titles come from `titles` (a missing title throws); counts the lookups.
+std::vector<CatalogueHit> classify(const std::vector<std::string>& files, std::map<std::string, std::string> titles,
+                                   int* lookups = nullptr)
 {
-    std::vector<std::string> result;
-    for (int i = 0; i < count; ++i)
-        result.push_back(prefix + std::to_string(100 + i));
-    return result;
+    return classifyFiles("/q/", files, [&](const std::string& path) {
+        EXPECT_EQ(path.substr(0, 3), "/q/");
+        if (lookups)
+            ++*lookups;
+        return titles.at(path.substr(3));
+    });
 }
 
-TEST(CatalogueClassifyTest, TitlesDecideTheKindCaseInsensitivelyAndBothPatternsMakeBoth)
+std::string describe(const CatalogueHit& hit)
 {
-    Titles t;
-    t.byName = {{"a", "KESTA Exam Demo 3"},
-                {"b", "kesta quiz demo - Domain 1"},
-                {"c", "Kesta Exam Demo and KESTA QUIZ DEMO"},
-                {"d", "An unrelated file"},
-                {"quiz-named-file", "kEsTa ExAm DeMo 7"}};
-    const auto hits = classifyFiles("/q/", {"a", "b", "c", "d", "quiz-named-file"}, t.reader());
-
-    ASSERT_EQ(hits.size(), 5u);
-    auto expect = [&](std::size_t i, CatalogueKind kind, int index, const char* file) {
-        EXPECT_EQ(hits[i].kind, kind) << i;
-        EXPECT_EQ(hits[i].index, index) << i;
-        EXPECT_EQ(hits[i].fileName, file) << i;
-        EXPECT_EQ(hits[i].title, t.byName[file]) << i;
-    };
-    expect(0, CatalogueKind::Exam, 0, "a");
-    expect(1, CatalogueKind::Quiz, 0, "b");
-    expect(2, CatalogueKind::Exam, 1, "c");
-    expect(3, CatalogueKind::Quiz, 1, "c");
-    expect(4, CatalogueKind::Exam, 2, "quiz-named-file");
-    EXPECT_EQ(t.asked.front(), "/q/a");
+    return (hit.kind == CatalogueKind::Exam ? "exam " : "quiz ") + std::to_string(hit.index) + " " + hit.fileName + ": "
+        + hit.title;
 }
 
-TEST(CatalogueClassifyTest, OnlyThirtyOneExamsAndElevenQuizzesAreTaken)
+TEST(CatalogueTest, TitlesDecideTheKindCaseInsensitivelyAndBothPatternsMakeBoth)
 {
-    Titles t;
+    const auto hits = classify({"a", "b", "c", "d", "quiz-named"}, {{"a", "KESTA Exam Demo 3"},
+                                                                   {"b", "kesta quiz demo - Domain 1"},
+                                                                   {"c", "Kesta Exam Demo and KESTA QUIZ DEMO"},
+                                                                   {"d", "An unrelated file"},
+                                                                   {"quiz-named", "kEsTa ExAm DeMo 7"}});
+    std::vector<std::string> described;
+    for (const CatalogueHit& hit : hits)
+        described.push_back(describe(hit));
+    EXPECT_EQ(described, (std::vector<std::string>{"exam 0 a: KESTA Exam Demo 3", "quiz 0 b: kesta quiz demo - Domain 1",
+                                                   "exam 1 c: Kesta Exam Demo and KESTA QUIZ DEMO",
+                                                   "quiz 1 c: Kesta Exam Demo and KESTA QUIZ DEMO",
+                                                   "exam 2 quiz-named: kEsTa ExAm DeMo 7"}));
+}
+
+TEST(CatalogueTest, OnlyThirtyOneExamsAndElevenQuizzesAreTakenAndReadingStopsWhenBothAreFull)
+{
     std::vector<std::string> files;
-    for (const auto& n : names(32, "e")) {
-        t.byName[n] = "KESTA Exam Demo " + n;
-        files.push_back(n);
-    }
-    for (const auto& n : names(12, "q")) {
-        t.byName[n] = "KESTA Quiz Demo " + n;
-        files.push_back(n);
+    std::map<std::string, std::string> titles;
+    for (int i = 100; i < 144; ++i) {
+        files.push_back((i < 132 ? "e" : "q") + std::to_string(i));
+        titles[files.back()] = i < 132 ? "KESTA Exam Demo" : "KESTA Quiz Demo";
     }
     Catalogues c;
-    const auto hits = classifyFiles("/q/", files, t.reader());
+    const auto hits = classify(files, titles);
     fillCatalogues(c, hits);
-
     ASSERT_EQ(hits.size(), 42u);
     EXPECT_EQ(c.ExamCatalogue[30].FileName, "e130");
-    EXPECT_EQ(c.QuizCatalogue[10].FileName, "q110");
-    for (const auto& hit : hits) {
-        EXPECT_NE(hit.fileName, "e131");
-        EXPECT_NE(hit.fileName, "q111");
-    }
+    EXPECT_EQ(c.QuizCatalogue[10].FileName, "q142");
+    EXPECT_EQ(describe(hits.back()), "quiz 10 q142: KESTA Quiz Demo");
+
+    std::vector<std::string> both(31, "both");
+    both.push_back("unreadable");
+    int lookups = 0;
+    EXPECT_EQ(classify(both, {{"both", "KESTA Exam Demo and KESTA Quiz Demo"}}, &lookups).size(), 42u);
+    EXPECT_EQ(lookups, 31);
 }
 
-TEST(CatalogueClassifyTest, FilesAreNotReadOnceBothCataloguesAreFull)
-{
-    Titles t;
-    std::vector<std::string> files;
-    for (const auto& n : names(31, "a")) {
-        t.byName[n] = "KESTA Exam Demo and KESTA Quiz Demo";
-        files.push_back(n);
-    }
-    files.push_back("zz-unreadable"); // at() would throw if it were read
-    const auto hits = classifyFiles("/q/", files, t.reader());
-    EXPECT_EQ(hits.size(), 31u + 11u);
-    EXPECT_EQ(t.asked.size(), 31u);
-}
-
-TEST(CatalogueFolderTest, FilesAreListedByNameWithoutSubfolders)
+TEST(CatalogueTest, FolderFilesAreListedByNameWithoutSubfoldersAndAMissingFolderFails)
 {
     test::TempDir dir;
     for (const char* name : {"m.kqb", "B.kqb", "a.kqb", "10.kqb", "9.kqb"})
         writeFile(dir / name, "x");
-    fs::create_directories(dir / "sub");
-    EXPECT_EQ(listFolderFiles(dir.path() + "/"),
-              (std::vector<std::string>{"10.kqb", "9.kqb", "B.kqb", "a.kqb", "m.kqb"}));
+    std::filesystem::create_directories(dir / "sub");
+    EXPECT_EQ(listFolderFiles(dir.path() + "/"), (std::vector<std::string>{"10.kqb", "9.kqb", "B.kqb", "a.kqb", "m.kqb"}));
+    EXPECT_THAT([&] { listFolderFiles(dir / "Questions/"); }, raises(err::PathNotFound));
+    EXPECT_THAT([&] { listFolderFiles(dir / "m.kqb/"); }, raises(err::PathNotFound));
 }
 
-TEST(CatalogueFolderTest, AMissingFolderIsPathNotFound)
+TEST(CatalogueTest, TheFirstLineEndsAtAnyLineEndAndAnEmptyFileHasNone)
 {
     test::TempDir dir;
-    EXPECT_EQ(errorNumber([&] { listFolderFiles(dir / "Questions/"); }), err::PathNotFound);
-    writeFile(dir / "file", "x");
-    EXPECT_EQ(errorNumber([&] { listFolderFiles(dir / "file/"); }), err::PathNotFound);
-}
-
-TEST(CatalogueFileTest, TheFirstLineEndsAtAnyLineEnd)
-{
-    test::TempDir dir;
-    const std::pair<const char*, const char*> cases[] = {
-        {"ABCD\r\nEF", "ABCD"}, {"ABCD\rEF", "ABCD"}, {"ABCD\nEF", "ABCD"}, {"ABCD", "ABCD"}, {"\r\nEF", ""}};
-    for (const auto& [content, first] : cases) {
+    for (const auto& [content, first] : {std::pair{"ABCD\r\nEF", "ABCD"}, {"ABCD\rEF", "ABCD"}, {"ABCD\nEF", "ABCD"},
+                                         {"ABCD", "ABCD"}, {"\r\nEF", ""}}) {
         writeFile(dir / "f", content);
         EXPECT_EQ(readFirstLine(dir / "f"), first) << content;
+        EXPECT_TRUE(hasContent(dir / "f"));
     }
-}
-
-TEST(CatalogueFileTest, AnEmptyOrMissingQuestionFileFails)
-{
-    test::TempDir dir;
     writeFile(dir / "empty", "");
-    EXPECT_EQ(errorNumber([&] { readFirstLine(dir / "empty"); }), err::InputPastEnd);
-    EXPECT_EQ(errorNumber([&] { readFirstLine(dir / "missing"); }), err::FileNotFound);
-}
-
-TEST(CatalogueFileTest, OnlyAFileWithAtLeastOneCharacterHasContent)
-{
-    test::TempDir dir;
-    writeFile(dir / "empty", "");
-    writeFile(dir / "one", "\n");
-    EXPECT_FALSE(hasContent(dir / "empty"));
-    EXPECT_TRUE(hasContent(dir / "one"));
-    EXPECT_FALSE(hasContent(dir / "missing"));
-    EXPECT_FALSE(hasContent(dir.path()));
+    EXPECT_THAT([&] { readFirstLine(dir / "empty"); }, raises(err::InputPastEnd));
+    EXPECT_THAT([&] { readFirstLine(dir / "missing"); }, raises(err::FileNotFound));
+    for (const std::string& none : {dir / "empty", dir / "missing", dir.path()})
+        EXPECT_FALSE(hasContent(none)) << none;
 }
 
 } // namespace

@@ -10,10 +10,6 @@
 namespace kesta {
 namespace {
 
-using test::exists;
-using test::readFile;
-using test::writeFile;
-
 class ScoreSlotsTest : public ::testing::Test {
 protected:
     ScoreSlotsTest()
@@ -22,70 +18,47 @@ protected:
         std::filesystem::create_directories(folders.LogDir);
         std::filesystem::create_directories(folders.UserDir);
     }
-
     std::string slot(int k) const { return base + ".score" + std::to_string(k); }
+    // Writes the given slots, takes the next one and tells which slots then hold which score.
+    std::string next(std::initializer_list<int> existing)
+    {
+        for (const int k : existing)
+            test::writeFile(slot(k), std::to_string(k));
+        std::string result = NextScoreSlot(data, base).substr(base.size()) + ":";
+        for (int k = 1; k <= 6; ++k)
+            result += " " + (test::exists(slot(k)) ? test::readFile(slot(k)) : "-");
+        return result;
+    }
 
     test::TempDir dir;
     test::RecordingHost host;
     DataFolders folders;
     UserOptions options;
-    ErrorReporter reporter { host, folders };
-    ProgramData data { reporter, folders, options };
+    ErrorReporter reporter{host, folders};
+    ProgramData data{reporter, folders, options};
     std::string base = dir.path() + "/MORVO/KESTA/All/User/quiz.kqb.usr";
 };
 
-TEST_F(ScoreSlotsTest, FirstScoreGoesToSlotOneAndEachNextAboveTheHighest)
+TEST_F(ScoreSlotsTest, TheNextSlotIsOneAboveTheHighest)
 {
-    EXPECT_EQ(NextScoreSlot(data, base), slot(1));
-    for (int k = 1; k <= 4; ++k) {
-        writeFile(slot(k), "score " + std::to_string(k));
-        EXPECT_EQ(NextScoreSlot(data, base), slot(k + 1));
-    }
-    // The progress file itself is no slot.
-    writeFile(base, "progress");
-    EXPECT_EQ(NextScoreSlot(data, base), slot(5));
-    EXPECT_EQ(readFile(base), "progress");
+    test::writeFile(base, "progress"); // the progress file itself is no slot
+    EXPECT_EQ(next({}), ".score1: - - - - - -");
+    EXPECT_EQ(next({1, 3}), ".score4: 1 - 3 - - -");
+    EXPECT_EQ(next({4}), ".score5: 1 - 3 4 - -");
+    EXPECT_EQ(test::readFile(base), "progress");
 }
 
-TEST_F(ScoreSlotsTest, OnlyTheHighestExistingSlotDecides)
+TEST_F(ScoreSlotsTest, TheSixthScoreDropsTheOldestAndShiftsTheOthersDown)
 {
-    writeFile(slot(1), "one");
-    writeFile(slot(3), "three");
-    EXPECT_EQ(NextScoreSlot(data, base), slot(4));
-    EXPECT_FALSE(exists(slot(2)));
-
-    std::filesystem::remove(slot(1));
-    std::filesystem::remove(slot(3));
-    writeFile(slot(4), "four");
-    EXPECT_EQ(NextScoreSlot(data, base), slot(5));
-}
-
-TEST_F(ScoreSlotsTest, SixthScoreDropsTheOldestAndShiftsTheOthersDown)
-{
-    for (int k = 1; k <= 5; ++k)
-        writeFile(slot(k), "score " + std::to_string(k));
-
-    EXPECT_EQ(NextScoreSlot(data, base), slot(5));
-
-    for (int k = 1; k <= 4; ++k)
-        EXPECT_EQ(readFile(slot(k)), "score " + std::to_string(k + 1)) << k;
-    EXPECT_FALSE(exists(slot(5)));
-    EXPECT_FALSE(exists(folders.errorLogPath()));
+    EXPECT_EQ(next({1, 2, 3, 4, 5}), ".score5: 2 3 4 5 - -");
+    EXPECT_FALSE(test::exists(folders.errorLogPath()));
 }
 
 TEST_F(ScoreSlotsTest, AGapDuringTheRotationIsLoggedAndTheRotationGoesOn)
 {
-    for (int k : { 2, 3, 5 })
-        writeFile(slot(k), "score " + std::to_string(k));
-
-    EXPECT_EQ(NextScoreSlot(data, base), slot(5));
-
-    EXPECT_EQ(readFile(slot(1)), "score 2");
-    EXPECT_EQ(readFile(slot(2)), "score 3");
-    EXPECT_FALSE(exists(slot(3)));
-    EXPECT_EQ(readFile(slot(4)), "score 5");
+    EXPECT_EQ(next({2, 3, 5}), ".score5: 2 3 - 5 - -");
     // Deleting the missing slot 1 and moving the missing slot 4 are reported, not fatal.
-    const std::string log = readFile(folders.errorLogPath());
+    const std::string log = test::readFile(folders.errorLogPath());
     EXPECT_NE(log.find("DeleteFile"), std::string::npos);
     EXPECT_NE(log.find("Move_File"), std::string::npos);
     EXPECT_TRUE(host.messages.empty());
