@@ -35,8 +35,6 @@ constexpr int Frame2Width = 720;
 constexpr int Frame2Height = 44;
 constexpr int BrowserTop = 56;
 
-int twips(int value) { return (value + 7) / 15; }
-
 } // namespace
 
 Form1::Form1(App& app) : app_(app), state_(app.state)
@@ -105,7 +103,7 @@ void Form1::buildControls()
     WebBrowser1->setObjectName("WebBrowser1");
     WebBrowser1->setAccessibleName("Question page");
     WebBrowser1->setOpenLinks(false);
-    WebBrowser1->setGeometry(0, BrowserTop, FormWidth - twips(1400), 300);
+    WebBrowser1->setGeometry(0, BrowserTop, FormWidth - ui::twips(1400), 300);
 
     Frame1 = ui::frame(central, "Frame1", QRect(0, 0, Frame1Width, Frame1Height));
     Label3 = ui::label(Frame1, "Label3", "Choose the best answer and select the corresponding letter below.",
@@ -314,23 +312,9 @@ void Form1::Initialize()
 
 void Form1::ArrangeControls()
 {
-    QWidget* client = centralWidget();
-    // The client area spans the status bar too, as the margins below assume.
-    const int w = client->width();
-    const int h = client->height() + StatusBar1->height();
-    const int bar = StatusBar1->height();
-
-    Frame1->move(Frame1->x(), h - (bar + Frame1->height() + twips(350)));
-    if (!isMinimized()) {
-        const bool maximized = isMaximized();
-        const int width = w - twips(maximized ? 2800 : 1400);
-        const int height = h - (bar + WebBrowser1->y() + Frame1->height() + twips(maximized ? 2800 : 700));
-        // A window too small for the margins would give a negative size: clamp it to nothing.
-        WebBrowser1->resize(std::max(0, width), std::max(0, height));
-    }
-    WebBrowser1->move(w / 2 - WebBrowser1->width() / 2, WebBrowser1->y());
-    Frame1->move(w / 2 - Frame1->width() / 2, Frame1->y());
-    Frame2->move(w / 2 - Frame2->width() / 2, Frame2->y());
+    // The status bar lies inside the client area as the margins count it; the
+    // central widget already stops above it, so its size is the area left.
+    ui::arrangePage(*this, centralWidget()->size(), WebBrowser1, Frame1, Frame2);
 }
 
 void Form1::Form_Resize()

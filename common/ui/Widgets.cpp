@@ -1,5 +1,7 @@
 #include "common/ui/Widgets.h"
 
+#include <algorithm>
+
 #include <QAccessible>
 #include <QAccessibleWidget>
 #include <QAction>
@@ -75,6 +77,26 @@ QString plainCaption(const QString& caption)
     plain.remove('&');
     plain.replace(QString(QChar(0x1)), "&");
     return plain;
+}
+
+int twips(int value)
+{
+    return (value + 7) / 15;
+}
+
+void arrangePage(const QWidget& window, const QSize& client, QWidget* view, QWidget* buttons, QWidget* header)
+{
+    const int w = client.width();
+    const int h = client.height();
+    buttons->move(buttons->x(), h - (buttons->height() + twips(350)));
+    if (!window.isMinimized()) {
+        const bool maximized = window.isMaximized();
+        const int width = w - twips(maximized ? 2800 : 1400);
+        const int height = h - (view->y() + buttons->height() + twips(maximized ? 2800 : 700));
+        view->resize(std::max(0, width), std::max(0, height));
+    }
+    for (QWidget* control : {view, buttons, header})
+        control->move(w / 2 - control->width() / 2, control->y());
 }
 
 QString literalCaption(const QString& text)

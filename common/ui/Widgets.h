@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QRect>
+#include <QSize>
 #include <QString>
 
 #include <initializer_list>
@@ -43,6 +44,15 @@ void labelFor(QLabel* label, QWidget* control);
 // Makes the keyboard focus pass through `widgets` in the order given, so that
 // Tab follows the layout rather than the order the controls were created in.
 void setTabChain(std::initializer_list<QWidget*> widgets);
+
+// Pixels for a length in twips (1/1440 inch; 15 twips a pixel), rounded.
+int twips(int value);
+
+// Lays out a window's page: the button frame near the bottom of the client
+// area, the page view filling the space above it with the margins of a normal
+// or a maximized window, and the view and both frames centred. A window too
+// small for the margins leaves the view without size instead of a negative one.
+void arrangePage(const QWidget& window, const QSize& client, QWidget* view, QWidget* buttons, QWidget* header);
 
 // Sets the font family of a widget and everything inside it.
 void setFontFamily(QWidget* widget, const QString& family);

@@ -29,11 +29,6 @@ constexpr int RowStep = 36;
 constexpr int Frame1Width = 2 * ButtonWidth + 36;
 constexpr int Frame1Height = 3 * RowStep + 6;
 
-int twips(int value)
-{
-    return (value + 7) / 15;
-}
-
 } // namespace
 
 Form2::Form2(App& app)
@@ -73,7 +68,7 @@ void Form2::buildControls()
     WebBrowser1->setObjectName("WebBrowser1");
     WebBrowser1->setAccessibleName("Results page");
     WebBrowser1->setOpenLinks(false);
-    WebBrowser1->setGeometry(0, BrowserTop, FormWidth - twips(1400), 300);
+    WebBrowser1->setGeometry(0, BrowserTop, FormWidth - ui::twips(1400), 300);
 
     // Two columns: print, close and exit on the left; next and back on the
     // right, level with the second and third left buttons.
@@ -206,19 +201,7 @@ void Form2::showPage(std::string text)
 
 void Form2::ArrangeControls()
 {
-    const int w = width();
-    const int h = height();
-    Frame1->move(Frame1->x(), h - (Frame1->height() + twips(350)));
-    if (!isMinimized()) {
-        const bool maximized = isMaximized();
-        const int width = w - twips(maximized ? 2800 : 1400);
-        const int height = h - (WebBrowser1->y() + Frame1->height() + twips(maximized ? 2800 : 700));
-        // A window too small for the margins would give a negative size: clamp it to nothing.
-        WebBrowser1->resize(std::max(0, width), std::max(0, height));
-    }
-    for (QWidget* control :
-        { static_cast<QWidget*>(WebBrowser1), static_cast<QWidget*>(Frame1), static_cast<QWidget*>(Frame2) })
-        control->move(w / 2 - control->width() / 2, control->y());
+    ui::arrangePage(*this, size(), WebBrowser1, Frame1, Frame2);
 }
 
 void Form2::Form_Resize()
