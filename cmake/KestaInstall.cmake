@@ -4,17 +4,18 @@ include(GNUInstallDirs)
 set(KESTA_INSTALL_DIR ${CMAKE_INSTALL_LIBDIR}/kesta-demo)
 
 if(KESTA_BUILD_GUI)
-  install(TARGETS kesta-demo RUNTIME DESTINATION ${KESTA_INSTALL_DIR})
-  install(DIRECTORY ${KESTA_BIN_DIR}/Questions DESTINATION ${KESTA_INSTALL_DIR})
+  install(TARGETS kesta-demo RUNTIME DESTINATION ${KESTA_INSTALL_DIR} COMPONENT program)
+  install(DIRECTORY ${KESTA_BIN_DIR}/Questions DESTINATION ${KESTA_INSTALL_DIR} COMPONENT program)
   install(CODE "
     file(MAKE_DIRECTORY \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_BINDIR}\")
     file(CREATE_LINK \"../${KESTA_INSTALL_DIR}/kesta-demo\"
          \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_BINDIR}/kesta-demo\" SYMBOLIC)
-  ")
+  " COMPONENT program)
 endif()
-install(TARGETS kesta-qbank RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(TARGETS kesta-qbank RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT program)
 
 # The data tree: every user reads and writes progress, scores, the options and the log.
+# It is user data, so the Debian package leaves it out and makes it in its post-install step.
 install(CODE "
   set(root \"\$ENV{DESTDIR}${KESTA_COMMON_APPDATA}\")
   foreach(dir MORVO MORVO/KESTA MORVO/KESTA/All MORVO/KESTA/All/Log MORVO/KESTA/All/User)
@@ -30,16 +31,20 @@ install(CODE "
     file(WRITE \"\${options}\" \"1\${cr}\n0\${cr}\n0\${cr}\n1\${cr}\n30\${cr}\n5\")
     file(CHMOD \"\${options}\" PERMISSIONS OWNER_READ OWNER_WRITE GROUP_READ GROUP_WRITE WORLD_READ WORLD_WRITE)
   endif()
-")
+" COMPONENT datatree)
 
 if(KESTA_BUILD_GUI)
-  install(FILES ${CMAKE_SOURCE_DIR}/packaging/kesta-demo.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
+  install(FILES ${CMAKE_SOURCE_DIR}/packaging/kesta-demo.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications
+          COMPONENT program)
   install(FILES ${CMAKE_SOURCE_DIR}/packaging/kesta-demo.svg
-          DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps)
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps COMPONENT program)
 endif()
 
 # A Debian package of the system install; its post-install step makes the data tree.
 set(CPACK_GENERATOR DEB)
+set(CPACK_COMPONENTS_ALL program)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_COMPONENTS_GROUPING ALL_COMPONENTS_IN_ONE)
 set(CPACK_PACKAGE_NAME kesta-demo)
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_PACKAGE_CONTACT "KESTA developers <dev@kesta.example>")
