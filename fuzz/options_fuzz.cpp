@@ -9,7 +9,9 @@
 #include "common/core/RuntimeError.h"
 #include "common/core/UserOptions.h"
 
+#include <algorithm>
 #include <array>
+#include <charconv>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -17,7 +19,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace {
 
@@ -29,7 +30,7 @@ using namespace kesta;
     std::abort();
 }
 
-using Values = std::array<Int16, 7>;
+using Values = std::array<Int16, 7>; // options 1..6
 
 // The six values, or nothing for a corrupt file.
 std::optional<Values> parse(std::string_view text)
@@ -43,55 +44,22 @@ std::optional<Values> parse(std::string_view text)
         return std::nullopt;
     }
     Values v{};
-    for (int k = 0; k <= 6; ++k)
+    for (int k = 1; k <= 6; ++k)
         v[static_cast<std::size_t>(k)] = options.values[k];
-    if (v[0] != 0)
-        fail("option 0 was written");
     return v;
-}
-
-// The first lines of a text: CR LF, a lone CR or a lone LF ends a line.
-std::vector<std::string_view> firstLines(std::string_view text, std::size_t wanted)
-{
-    std::vector<std::string_view> out;
-    std::size_t start = 0;
-    while (start < text.size() && out.size() < wanted) {
-        std::size_t end = start;
-        while (end < text.size() && text[end] != '\r' && text[end] != '\n')
-            ++end;
-        out.push_back(text.substr(start, end - start));
-        if (end == text.size())
-            break;
-        start = end + (text[end] == '\r' && end + 1 < text.size() && text[end + 1] == '\n' ? 2 : 1);
-    }
-    return out;
 }
 
 // True when `line` spells `value`: blanks around it, an optional sign,
 // leading zeros, then the digits of its magnitude.
 bool spells(std::string_view line, Int16 value)
 {
-    while (!line.empty() && (line.front() == ' ' || line.front() == '\t'))
+    const std::size_t first = line.find_first_not_of(" \t"), last = line.find_last_not_of(" \t");
+    line = first == std::string_view::npos ? std::string_view() : line.substr(first, last - first + 1);
+    if (line.starts_with('+') && !line.starts_with("+-"))
         line.remove_prefix(1);
-    while (!line.empty() && (line.back() == ' ' || line.back() == '\t'))
-        line.remove_suffix(1);
-    bool negative = false;
-    if (!line.empty() && (line.front() == '-' || line.front() == '+')) {
-        negative = line.front() == '-';
-        line.remove_prefix(1);
-    }
-    if (line.empty())
-        return false;
-    for (const char c : line) {
-        if (c < '0' || c > '9')
-            return false;
-    }
-    while (line.size() > 1 && line.front() == '0')
-        line.remove_prefix(1);
-    const int magnitude = value < 0 ? -static_cast<int>(value) : value;
-    if (line != std::to_string(magnitude))
-        return false;
-    return value == 0 || negative == (value < 0);
+    int number = 0;
+    const auto [end, ec] = std::from_chars(line.data(), line.data() + line.size(), number);
+    return ec == std::errc() && end == line.data() + line.size() && number == value;
 }
 
 } // namespace
@@ -103,12 +71,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (!values)
         return 0;
 
-    const std::vector<std::string_view> lines = firstLines(text, 6);
-    if (lines.size() != 6)
-        fail("values read from fewer than six lines");
+    // Each of the first six lines (CR LF, a lone CR or a lone LF ends one) spells its value.
+    std::string_view rest = text;
     for (std::size_t k = 1; k <= 6; ++k) {
-        if (!spells(lines[k - 1], (*values)[k]))
-            fail("a value is not the number its line holds", lines[k - 1]);
+        const std::size_t end = std::min(rest.find_first_of("\r\n"), rest.size());
+        if (rest.empty() || !spells(rest.substr(0, end), (*values)[k]))
+            fail("a value is not the number its line holds", rest.substr(0, end));
+        rest.remove_prefix(std::min(rest.size(), end + (rest.substr(end, 2) == "\r\n" ? 2 : 1)));
     }
 
     // Lines after the sixth are ignored, whatever they hold.

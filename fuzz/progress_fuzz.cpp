@@ -17,10 +17,12 @@
 #include "progress/core/ProgressState.h"
 #include "session/core/SessionState.h"
 
-#include <cstddef>
+#include <algorithm>
+#include <cctype>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -43,47 +45,28 @@ constexpr std::int64_t MaxStored = 1001; // slots 0..1000
 // file of this process.
 std::string tempPath;
 
-void removeTemp()
-{
-    if (!tempPath.empty())
-        ::unlink(tempPath.c_str());
-}
-
-void writeTemp(std::string_view bytes)
-{
-    std::FILE* f = std::fopen(tempPath.c_str(), "wb");
-    if (f == nullptr)
-        fail("cannot write the temporary file", tempPath);
-    if (!bytes.empty() && std::fwrite(bytes.data(), 1, bytes.size(), f) != bytes.size())
-        fail("short write to the temporary file", tempPath);
-    std::fclose(f);
-}
-
 // Reads `content` through the file; false when the read raised (it must then
 // be because the file is too long).
 bool readBack(std::string_view content, SavedProgress& saved)
 {
-    writeTemp(content);
-    std::string kept;
-    for (const char c : content) {
-        if (c != ' ')
-            kept.push_back(c);
-    }
+    std::FILE* file = std::fopen(tempPath.c_str(), "wb");
+    if (file == nullptr || std::fwrite(content.data(), 1, content.size(), file) != content.size())
+        fail("cannot write the temporary file", tempPath);
+    std::fclose(file);
+    std::string kept(content);
+    std::erase(kept, ' ');
+    const auto stored = static_cast<std::int64_t>(kept.size());
     try {
         readSavedChars(tempPath, saved);
     } catch (const RuntimeError& e) {
-        if (e.number() != err::SubscriptOutOfRange || static_cast<std::int64_t>(kept.size()) <= MaxStored)
+        if (e.number() != err::SubscriptOutOfRange || stored <= MaxStored)
             fail("reading raised for a file that fits", std::to_string(e.number()));
         return false;
     }
-    if (static_cast<std::int64_t>(kept.size()) > MaxStored)
-        fail("a file of more than 1001 characters was stored");
-    if (saved.SavedCharCount != static_cast<Int16>(kept.size()))
-        fail("SavedCharCount differs from the non-space characters");
+    if (stored > MaxStored || saved.SavedCharCount != stored)
+        fail("more than 1001 characters stored, or SavedCharCount differs from the non-space characters");
     for (std::int64_t i = 0; i < MaxStored; ++i) {
-        const std::string& slot = saved.SavedChars[i];
-        const bool used = i < static_cast<std::int64_t>(kept.size());
-        if (used ? slot != std::string(1, kept[static_cast<std::size_t>(i)]) : !slot.empty())
+        if (saved.SavedChars[i] != (i < stored ? kept.substr(static_cast<std::size_t>(i), 1) : std::string()))
             fail("stored characters differ from the file");
     }
     return true;
@@ -105,17 +88,13 @@ void checkDecode(const SavedProgress& saved, Int16 questionCount)
         !within(session->CurrentQuestion, 999) || !within(session->HighestReached, 999))
         fail("a line-1 value outside what its digits express");
     for (std::int64_t p = 1; p <= 1000; ++p) {
-        if (!within(session->QuestionOrder[p], 999))
-            fail("a question order entry outside 0..999");
-        if (p > questionCount && (session->QuestionOrder[p] != 0 || !session->UserAnswers[p].empty()))
-            fail("a position past the question count was written");
-        if (session->UserAnswers[p].size() > 1)
-            fail("an answer of more than one character");
+        const bool unused = p > questionCount && (session->QuestionOrder[p] != 0 || !session->UserAnswers[p].empty());
+        if (!within(session->QuestionOrder[p], 999) || session->UserAnswers[p].size() > 1 || unused)
+            fail("an order entry outside 0..999, a long answer, or a position past the count written");
     }
     // The places decoded must have held digits.
     for (std::int64_t i = 0; i < 12; ++i) {
-        const std::string& c = saved.SavedChars[i];
-        if (c.size() != 1 || c[0] < '0' || c[0] > '9')
+        if (saved.SavedChars[i].size() != 1 || !std::isdigit(static_cast<unsigned char>(saved.SavedChars[i][0])))
             fail("line 1 decoded over a non-digit");
     }
 }
@@ -132,10 +111,7 @@ void fuzzFile(std::string_view content)
     for (std::int64_t i = 14; i < MaxStored && saved->SavedChars[i] != "\r" && !saved->SavedChars[i].empty(); ++i)
         ++line2;
     checkDecode(*saved, static_cast<Int16>(std::min<std::int64_t>(line2 / 3, 1000)));
-    unsigned sum = 0;
-    for (const char c : content)
-        sum = sum * 31 + static_cast<unsigned char>(c);
-    checkDecode(*saved, static_cast<Int16>(sum % 1001));
+    checkDecode(*saved, static_cast<Int16>(std::hash<std::string_view>{}(content) % 1001));
 }
 
 // A session saved and restored.
@@ -156,8 +132,7 @@ void fuzzSession(std::string_view in)
     std::vector<std::string> answered;
     for (Int16 p = 1; p <= count; ++p) {
         session->QuestionOrder[p] = static_cast<Int16>(next16() % 1000);
-        static constexpr const char* letters[] = {"a", "b", "c", "d", ""};
-        session->UserAnswers[p] = letters[next() % 5];
+        session->UserAnswers[p] = std::string("abcd").substr(next() % 5, 1);
         if (!session->UserAnswers[p].empty())
             answered.push_back(session->UserAnswers[p]);
     }
@@ -171,31 +146,24 @@ void fuzzSession(std::string_view in)
             spaced.append(r - 249, ' ');
         spaced.push_back(c);
     }
-    if (next() >= 200)
-        spaced.push_back(' ');
+    spaced.append(next() >= 200 ? 1 : 0, ' ');
 
     auto saved = std::make_unique<SavedProgress>();
     if (!readBack(spaced, *saved))
         fail("a saved session of at most 246 positions could not be read back");
     auto restored = std::make_unique<SessionState>();
-    try {
-        decodeSavedProgress(*saved, count, *restored);
-    } catch (const RuntimeError& e) {
-        fail("a saved session could not be decoded", std::to_string(e.number()));
-    }
+    decodeSavedProgress(*saved, count, *restored); // an error escapes as a finding
     if (restored->TimeHours != session->TimeHours || restored->TimeMinutes != session->TimeMinutes ||
         restored->TimeSeconds != session->TimeSeconds || restored->CurrentQuestion != session->CurrentQuestion ||
         restored->HighestReached != session->HighestReached)
         fail("line 1 did not come back", text);
     for (Int16 p = 1; p <= count; ++p) {
-        if (restored->QuestionOrder[p] != session->QuestionOrder[p])
-            fail("the question order did not come back", text);
         // Answers close up over unanswered positions; the last positions read
         // the empty slots after the file.
-        const std::size_t i = static_cast<std::size_t>(p - 1);
-        const std::string expected = i < answered.size() ? answered[i] : std::string();
-        if (restored->UserAnswers[p] != expected)
-            fail("the answers did not come back shifted as saved", text);
+        const auto i = static_cast<std::size_t>(p - 1);
+        if (restored->QuestionOrder[p] != session->QuestionOrder[p] ||
+            restored->UserAnswers[p] != (i < answered.size() ? answered[i] : std::string()))
+            fail("the question order or the answers (shifted as saved) did not come back", text);
     }
 }
 
@@ -204,13 +172,9 @@ void fuzzSession(std::string_view in)
 extern "C" int LLVMFuzzerInitialize(int*, char***)
 {
     const char* dir = std::getenv("TMPDIR");
-    std::string pattern = std::string(dir != nullptr && *dir != '\0' ? dir : "/tmp") + "/kesta-progress-fuzz-XXXXXX";
-    const int fd = ::mkstemp(pattern.data());
-    if (fd < 0)
-        fail("cannot create a temporary file", pattern);
-    ::close(fd);
-    tempPath = pattern;
-    std::atexit(removeTemp);
+    tempPath = std::string(dir != nullptr && *dir != '\0' ? dir : "/tmp") + "/kesta-progress-fuzz-";
+    tempPath += std::to_string(::getpid());
+    std::atexit([] { ::unlink(tempPath.c_str()); });
     return 0;
 }
 
