@@ -15,7 +15,9 @@ namespace {
 
 constexpr std::string_view CrLf = "\r\n";
 
-std::string readWholeFile(const std::string& filename)
+} // namespace
+
+std::string ReadWholeFile(const std::string& filename)
 {
     std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(filename.c_str(), "rb"), &std::fclose);
     if (!file) {
@@ -34,6 +36,8 @@ std::string readWholeFile(const std::string& filename)
         throw err::make(err::PathFileAccess);
     return content;
 }
+
+namespace {
 
 // The texts of the question being read, before trimming.
 struct OpenQuestion {
@@ -127,7 +131,7 @@ LoadResult LoadQuestionFile(const std::string& filename, QuestionList& list, Loa
     observer.progressShown(true);
     observer.status(LoadingText);
 
-    const std::string content = readWholeFile(filename);
+    const std::string content = ReadWholeFile(filename);
     const std::vector<std::string_view> fileLines = SplitFileLines(content);
 
     // QuestionLines holds at most lines 1..10000; once full, every further

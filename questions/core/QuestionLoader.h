@@ -48,6 +48,10 @@ LoadResult LoadQuestionFile(const std::string& filename, QuestionList& list, Loa
 // end a line; a last line without an end still counts.
 std::vector<std::string_view> SplitFileLines(std::string_view content);
 
+// The whole content of a question file (a link is followed: the question
+// folder belongs to the installation). Raises 53, 76 or 75 when it cannot be read.
+std::string ReadWholeFile(const std::string& filename);
+
 // Trims leading and trailing spaces (only spaces).
 std::string TrimSpaces(std::string_view text);
 

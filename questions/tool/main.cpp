@@ -84,17 +84,11 @@ Arguments parseArguments(int argc, char** argv)
 
 std::string readInput(const std::string& path)
 {
-    std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), &std::fclose);
-    if (!file)
-        throw Failure{path + ": cannot be opened"};
-    std::string content;
-    char buffer[65536];
-    std::size_t got = 0;
-    while ((got = std::fread(buffer, 1, sizeof buffer, file.get())) > 0)
-        content.append(buffer, got);
-    if (std::ferror(file.get()))
-        throw Failure{path + ": cannot be read"};
-    return content;
+    try {
+        return ReadWholeFile(path);
+    } catch (const RuntimeError& error) {
+        throw Failure{path + ": cannot be read (" + error.description() + ")"};
+    }
 }
 
 void writeOut(const std::string& text)
