@@ -1,7 +1,7 @@
 #include "app/ui/Form1.h"
 
+#include "app/ui/PageView.h"
 #include "app/ui/Trap.h"
-#include "common/core/SafeFile.h"
 #include "common/ui/Widgets.h"
 #include "session/ui/ConfirmDialogs.h"
 
@@ -339,25 +339,12 @@ void Form1::ShowStatusProgress(bool show)
 
 void Form1::navigate(const std::string& address)
 {
-    WebBrowser1->setProperty("address", QString::fromStdString(address));
-    if (address.rfind("about:", 0) == 0) {
-        WebBrowser1->setHtml(QString::fromUtf8(address.substr(6)));
-        return;
-    }
-    // A page that cannot be read shows as blank, as a browser would show an error page.
-    std::string page;
-    try {
-        page = safefile::read(address);
-    } catch (const RuntimeError&) {
-    }
-    WebBrowser1->setHtml(QString::fromUtf8(page));
+    showAddress(*WebBrowser1, address);
 }
 
 void Form1::showPage(std::string text)
 {
-    const std::string path = state_.folders.pagePath();
-    app_.data.Write_HTML(text, path);
-    navigate(path);
+    showPageText(app_, *WebBrowser1, std::move(text));
 }
 
 void Form1::clearOptions()

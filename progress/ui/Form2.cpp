@@ -3,7 +3,7 @@
 #include "common/core/ErrorTrap.h"
 #include "common/ui/Widgets.h"
 #include "progress/core/Scoring.h"
-#include "progress/ui/PageView.h"
+#include "app/ui/PageView.h"
 #include "session/ui/ConfirmDialogs.h"
 
 #include <QCloseEvent>

@@ -1,7 +1,6 @@
 #include "common/core/ErrorLog.h"
 #include "common/core/ErrorTrap.h"
-#include "support/RecordingHost.h"
-#include "support/TempDir.h"
+#include "support/DataTreeTest.h"
 
 #include <gtest/gtest.h>
 
@@ -12,21 +11,9 @@ namespace {
 
 using test::readFile;
 
-class ErrorLogTest : public ::testing::Test {
+class ErrorLogTest : public test::DataTreeTest {
 protected:
-    ErrorLogTest()
-    {
-        folders.derive(dir.path() + "/");
-        std::filesystem::create_directories(folders.LogDir);
-    }
-
-    std::string log() const { return readFile(folders.errorLogPath()); }
     std::string date() { return formatLogDate(host.clock); }
-
-    test::TempDir dir;
-    test::RecordingHost host;
-    DataFolders folders;
-    ErrorReporter reporter{host, folders};
 };
 
 TEST_F(ErrorLogTest, NonFatalReportAppendsTheWholeEntryAndReturns)

@@ -1,8 +1,7 @@
 #include "common/core/Int16.h"
 #include "common/core/ProgramData.h"
 #include "common/core/SafeFile.h"
-#include "support/RecordingHost.h"
-#include "support/TempDir.h"
+#include "support/DataTreeTest.h"
 
 #include <gtest/gtest.h>
 
@@ -16,16 +15,8 @@ using test::exists;
 using test::readFile;
 using test::writeFile;
 
-class ProgramDataTest : public ::testing::Test {
+class ProgramDataTest : public test::DataTreeTest {
 protected:
-    ProgramDataTest()
-    {
-        folders.derive(dir.path() + "/");
-        fs::create_directories(folders.LogDir);
-        fs::create_directories(folders.UserDir);
-    }
-
-    std::string log() const { return readFile(folders.errorLogPath()); }
     int entries() const
     {
         const std::string text = log();
@@ -34,14 +25,6 @@ protected:
             ++n;
         return n;
     }
-    std::string user(const std::string& name) const { return folders.UserDir + "/" + name; }
-
-    test::TempDir dir;
-    test::RecordingHost host;
-    DataFolders folders;
-    UserOptions options;
-    ErrorReporter reporter{host, folders};
-    ProgramData data{reporter, folders, options};
 };
 
 TEST_F(ProgramDataTest, KnownFolderGetsOneTrailingSeparatorOrIsEmpty)

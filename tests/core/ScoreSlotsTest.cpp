@@ -1,8 +1,6 @@
 #include "progress/core/ScoreSlots.h"
 
-#include "common/core/ProgramData.h"
-#include "support/RecordingHost.h"
-#include "support/TempDir.h"
+#include "support/DataTreeTest.h"
 
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -10,14 +8,8 @@
 namespace kesta {
 namespace {
 
-class ScoreSlotsTest : public ::testing::Test {
+class ScoreSlotsTest : public test::DataTreeTest {
 protected:
-    ScoreSlotsTest()
-    {
-        folders.derive(dir.path() + "/");
-        std::filesystem::create_directories(folders.LogDir);
-        std::filesystem::create_directories(folders.UserDir);
-    }
     std::string slot(int k) const { return base + ".score" + std::to_string(k); }
     // Writes the given slots, takes the next one and tells which slots then hold which score.
     std::string next(std::initializer_list<int> existing)
@@ -30,12 +22,6 @@ protected:
         return result;
     }
 
-    test::TempDir dir;
-    test::RecordingHost host;
-    DataFolders folders;
-    UserOptions options;
-    ErrorReporter reporter{host, folders};
-    ProgramData data{reporter, folders, options};
     std::string base = dir.path() + "/MORVO/KESTA/All/User/quiz.kqb.usr";
 };
 

@@ -1,4 +1,4 @@
-#include "progress/ui/PageView.h"
+#include "app/ui/PageView.h"
 
 #include "app/ui/App.h"
 #include "common/core/SafeFile.h"

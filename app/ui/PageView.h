@@ -8,9 +8,8 @@ namespace kesta {
 
 class App;
 
-// The HTML views of the results and answer windows show pages the way the
-// main window does: through the one page file, or an "about:" address whose
-// text is shown as the page.
+// Every HTML view of the program shows its pages the same way: through the
+// one page file, or an "about:" address whose text is shown as the page.
 
 // Shows `address` in `view`: the HTML after "about:", or the file at that path
 // (a file that cannot be read shows blank, as a browser's error page would).
