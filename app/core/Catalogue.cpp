@@ -1,11 +1,12 @@
 #include "app/core/Catalogue.h"
 
 #include "common/core/RuntimeError.h"
+#include "common/core/SafeFile.h"
 #include "common/core/TestKind.h"
+#include "questions/core/QuestionLoader.h"
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <system_error>
 
 namespace kesta {
@@ -22,11 +23,15 @@ std::vector<std::string> listFolderFiles(const std::string& folder)
     if (code)
         throw err::make(err::PathFileAccess);
     for (const fs::directory_entry& entry : it) {
+        std::string name = entry.path().filename().string();
         std::error_code ignored;
-        if (entry.is_regular_file(ignored))
-            names.push_back(entry.path().filename().string());
+        if (name.front() != '.' && entry.is_regular_file(ignored))
+            names.push_back(std::move(name));
     }
-    std::sort(names.begin(), names.end());
+    std::sort(names.begin(), names.end(), [](const std::string& a, const std::string& b) {
+        const std::string la = lowerAscii(a), lb = lowerAscii(b);
+        return la != lb ? la < lb : a < b;
+    });
     return names;
 }
 
@@ -61,32 +66,15 @@ void fillCatalogues(Catalogues& catalogues, const std::vector<CatalogueHit>& hit
     }
 }
 
-std::string readFirstLine(const std::string& path)
+std::optional<std::string> titleLine(const std::string& path)
 {
-    // Only the first line is read: the rest of a question file can be large.
-    std::ifstream in(path, std::ios::binary);
-    if (!in) {
-        std::error_code ignored;
-        throw err::make(fs::exists(path, ignored) ? err::PathFileAccess : err::FileNotFound);
+    // A title is short; only the first line is read, however large the file.
+    constexpr std::size_t TitleLimit = 64 * 1024;
+    try {
+        return safefile::readFirstLine(path, TitleLimit, MaxBankBytes);
+    } catch (const safefile::Refused&) {
+        return std::nullopt;
     }
-    std::string line;
-    char c = 0;
-    bool any = false;
-    while (in.get(c)) {
-        any = true;
-        if (c == '\r' || c == '\n')
-            break;
-        line.push_back(c);
-    }
-    if (!any)
-        throw err::make(err::InputPastEnd);
-    return line;
-}
-
-bool hasContent(const std::string& path)
-{
-    std::ifstream in(path, std::ios::binary);
-    return in && in.peek() != std::ifstream::traits_type::eof();
 }
 
 } // namespace kesta

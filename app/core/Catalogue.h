@@ -3,6 +3,7 @@
 #include "common/core/FixedArray.h"
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -39,8 +40,10 @@ struct CatalogueHit {
 // The title of the file at a full path. Whatever it raises ends the scan.
 using TitleReader = std::function<std::string(const std::string& path)>;
 
-// The names of the files directly inside `folder`, sorted by name so that the
-// catalogue order does not depend on the file system's listing order.
+// The names of the regular files directly inside `folder`, in the order the
+// usual file systems list them: by name without regard to case (then by byte
+// value, so the order is total). Hidden files are left out, as the platform's
+// listing of normal files leaves them out: temporary files are hidden.
 // Raises RuntimeError 76 (Path not found) when the folder does not exist.
 std::vector<std::string> listFolderFiles(const std::string& folder);
 
@@ -55,13 +58,11 @@ std::vector<CatalogueHit> classifyFiles(const std::string& folderspec, const std
 // Empties both catalogues, then stores every hit in its slot.
 void fillCatalogues(Catalogues& catalogues, const std::vector<CatalogueHit>& hits);
 
-// The first line of a file: the enciphered title of a question file. Raises
-// RuntimeError 53 for a missing file and 62 (Input past end of file) for an
-// empty one.
-std::string readFirstLine(const std::string& path);
-
-// True when the file can be read and holds at least one character; a missing
-// or unreadable file counts as empty and raises nothing.
-bool hasContent(const std::string& path);
+// The enciphered title of a question file: its first line. A file the loader
+// would refuse (not a regular file, reached through a link, larger than a
+// question file may be, a first line longer than any title) has none, so it
+// is offered as no test. Raises RuntimeError 53 for a missing file and 62
+// (Input past end of file) for an empty one.
+std::optional<std::string> titleLine(const std::string& path);
 
 } // namespace kesta

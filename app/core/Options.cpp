@@ -1,5 +1,6 @@
 #include "app/core/Options.h"
 
+#include "app/core/ProgramState.h"
 #include "common/core/Int16.h"
 #include "common/core/RuntimeError.h"
 #include "common/core/SafeFile.h"
@@ -40,9 +41,20 @@ void parseOptions(std::string_view text, UserOptions& options)
         options.values[k] = parseInt16(readLine(text));
 }
 
-void loadOptions(const std::string& path, UserOptions& options)
+void ReadOptions(Host& host, const DataFolders& folders, UserOptions& options)
 {
-    parseOptions(safefile::read(path), options);
+    const std::string path = optionsFilePath(folders);
+    for (bool repaired = false;; repaired = true) {
+        try {
+            parseOptions(safefile::read(path, safefile::SmallFileLimit), options);
+            return;
+        } catch (const RuntimeError&) {
+            if (repaired) // the defaults just written do not read back: someone else's doing
+                throw;
+            host.messageBox({AppTitle, CorruptOptionsText, MessageIcon::None, MessageButtons::Ok});
+            safefile::replace(path, DefaultOptionsText);
+        }
+    }
 }
 
 std::string formatOptions(const UserOptions& options)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "common/core/DataFolders.h"
+#include "common/core/Host.h"
 #include "common/core/UserOptions.h"
 
 #include <string>
@@ -29,9 +30,14 @@ std::string optionsFilePath(const DataFolders& folders);
 // bits. The values read before a failure stay in `options`.
 void parseOptions(std::string_view text, UserOptions& options);
 
-// Reads the options file into `options`; raises as parseOptions does, or 53
-// when the file cannot be read.
-void loadOptions(const std::string& path, UserOptions& options);
+// Reads the options file into `options`. A file that cannot be read (missing,
+// not a regular file, larger than any options file) or parsed is never
+// reported: after the notice it is replaced by the defaults, which are then
+// read. Raises RuntimeError only when the defaults cannot be written.
+void ReadOptions(Host& host, const DataFolders& folders, UserOptions& options);
+
+inline constexpr const char* CorruptOptionsText =
+    "The options file appears to be corrupt. Default settings will be restored.";
 
 // Options 1 to 6 as the file holds them.
 std::string formatOptions(const UserOptions& options);

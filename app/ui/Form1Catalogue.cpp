@@ -59,7 +59,11 @@ void Form1::GetFolderList(const std::string& folderspec)
 std::string Form1::GetTitle(const std::string& filename)
 {
     std::string title;
-    trap("GetTitle()", [&] { title = DecryptString(readFirstLine(filename), std::string(QuestionPassPhrase)); });
+    trap("GetTitle()", [&] {
+        // A file the loader would refuse has no title, so it is offered as no test.
+        if (const std::optional<std::string> line = titleLine(filename))
+            title = DecryptString(*line, std::string(QuestionPassPhrase));
+    });
     return title;
 }
 
@@ -101,22 +105,12 @@ void Form1::Enable_Mnu_Items()
 
 void Form1::Check_File(const std::string& file_to_check)
 {
-    state_.catalogues.FileFound = hasContent(file_to_check);
+    state_.catalogues.FileFound = safefile::hasContent(file_to_check);
 }
 
 void Form1::ReadOptions()
 {
-    const std::string path = optionsFilePath(state_.folders);
-    try {
-        loadOptions(path, state_.options);
-    } catch (const std::exception&) {
-        // Never logged: a damaged file is simply replaced. A failure to
-        // write the defaults is the caller's to report.
-        app_.host.messageBox({AppTitle, "The options file appears to be corrupt. Default settings will be restored.",
-                              MessageIcon::None, MessageButtons::Ok});
-        safefile::replace(path, DefaultOptionsText);
-        ReadOptions();
-    }
+    kesta::ReadOptions(app_.host, state_.folders, state_.options);
 }
 
 void Form1::mnuOptions_Click()

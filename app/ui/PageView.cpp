@@ -2,6 +2,7 @@
 
 #include "app/ui/App.h"
 #include "common/core/SafeFile.h"
+#include "questions/core/QuestionLoader.h"
 
 #include <QTextBrowser>
 
@@ -16,7 +17,7 @@ void showAddress(QTextBrowser& view, const std::string& address)
     }
     std::string page;
     try {
-        page = safefile::read(address);
+        page = safefile::read(address, MaxBankBytes);
     } catch (const RuntimeError&) {
     }
     view.setHtml(QString::fromUtf8(page));

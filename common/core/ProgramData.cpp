@@ -105,11 +105,9 @@ void ProgramData::DeleteFile(const std::string& path)
 void ProgramData::Move_File(const std::string& source, const std::string& destination)
 {
     trapNonFatal(reporter_, "Move_File", 0, [&] {
-        // Copy through the safe writer so a link planted at the destination is replaced, not followed.
-        safefile::replace(destination, safefile::read(source));
-        std::error_code code;
-        if (!fs::remove(source, code))
-            raiseFs(code);
+        // As the platform's copy does, the destination keeps the source's
+        // modification time: the score menu shows when each score was saved.
+        safefile::move(source, destination);
         return 0;
     });
 }
@@ -144,7 +142,8 @@ void ProgramData::Write_HTML(std::string& text, const std::string& /*path*/)
         const Int16 size = options_.fontSize();
         if (size != 0)
             text = "<font size=" + std::to_string(size) + ">\r\n" + text + "\r\n</font>";
-        safefile::replace(folders_.pagePath(), text + "\r\n");
+        // A page is rewritten for every question; losing one to a power cut costs nothing.
+        safefile::replace(folders_.pagePath(), text + "\r\n", {.durable = false});
         return 0;
     });
 }

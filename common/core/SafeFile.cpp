@@ -1,13 +1,16 @@
 #include "common/core/SafeFile.h"
 
-#include "common/core/RuntimeError.h"
-
+#include <algorithm>
 #include <cerrno>
-#include <cstdio>
+#include <csignal>
+#include <cstring>
+#include <utility>
+
+#ifdef _WIN32
+#include <filesystem>
 #include <fstream>
 #include <sstream>
-
-#ifndef _WIN32
+#else
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -15,24 +18,38 @@
 
 namespace kesta::safefile {
 
+Refused::Refused() : RuntimeError(err::PathFileAccess, err::describe(err::PathFileAccess)) {}
+
 namespace {
+
+// The folder part of a path, with its separator ("" for a bare name).
+std::string folderPart(const std::string& path)
+{
+    const auto slash = path.find_last_of('/');
+    return slash == std::string::npos ? std::string() : path.substr(0, slash + 1);
+}
+
+} // namespace
+
+#ifndef _WIN32
+
+namespace {
+
+// The temporary file being written, for the signal handler: a fixed buffer,
+// since a handler may not allocate.
+char pendingTemporary[4096];
+volatile std::sig_atomic_t pendingValid = 0;
 
 [[noreturn]] void raiseFor(int code)
 {
     switch (code) {
     case ENOENT: throw err::make(err::FileNotFound);
     case ENOTDIR: throw err::make(err::PathNotFound);
+    case ELOOP: throw Refused(); // the name is a link
     default: throw err::make(err::PathFileAccess);
     }
 }
 
-std::string folderOf(const std::string& path)
-{
-    const auto slash = path.find_last_of('/');
-    return slash == std::string::npos ? std::string(".") : path.substr(0, slash + 1);
-}
-
-#ifndef _WIN32
 class Fd {
 public:
     explicit Fd(int fd) : fd_(fd) {}
@@ -44,16 +61,61 @@ public:
             ::close(fd_);
     }
     int get() const { return fd_; }
-    int release()
-    {
-        const int fd = fd_;
-        fd_ = -1;
-        return fd;
-    }
+    int release() { return std::exchange(fd_, -1); }
 
 private:
     int fd_;
 };
+
+struct Opened {
+    Fd fd;
+    std::size_t size;
+    struct timespec modified;
+};
+
+// Opens a file for reading without blocking (a named pipe would wait for a
+// writer) and without following a link, and takes only a regular file.
+Opened openRegular(const std::string& path)
+{
+    Fd fd(::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    if (fd.get() < 0)
+        raiseFor(errno);
+    struct stat st {};
+    if (::fstat(fd.get(), &st) != 0)
+        throw err::make(err::PathFileAccess);
+    if (!S_ISREG(st.st_mode))
+        throw Refused();
+    return {Fd(fd.release()), static_cast<std::size_t>(st.st_size), st.st_mtim};
+}
+
+std::size_t readSome(int fd, char* into, std::size_t count)
+{
+    for (;;) {
+        const ssize_t n = ::read(fd, into, count);
+        if (n >= 0)
+            return static_cast<std::size_t>(n);
+        if (errno != EINTR)
+            throw err::make(err::PathFileAccess);
+    }
+}
+
+// The whole content, read once into a buffer of the size the file had when
+// it was opened; a file that grows meanwhile is read as it was.
+std::string readOpened(Opened& file, std::size_t limit)
+{
+    if (file.size > limit)
+        throw err::make(err::SubscriptOutOfRange);
+    std::string content(file.size, '\0');
+    std::size_t got = 0;
+    while (got < content.size()) {
+        const std::size_t n = readSome(file.fd.get(), content.data() + got, content.size() - got);
+        if (n == 0)
+            break;
+        got += n;
+    }
+    content.resize(got);
+    return content;
+}
 
 void writeAll(int fd, std::string_view bytes)
 {
@@ -68,101 +130,242 @@ void writeAll(int fd, std::string_view bytes)
     }
 }
 
-bool folderExists(const std::string& folder)
+mode_t creationMode(bool shared)
 {
-    struct stat st {};
-    return ::stat(folder.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
+    if (shared)
+        return 0666;
+    const mode_t mask = ::umask(0);
+    ::umask(mask);
+    return 0666 & ~mask;
 }
-#endif
+
+// Writes a hidden temporary file beside `path` and renames it over `path`:
+// the rename replaces whatever name stood there (a link included) without
+// touching what it pointed to.
+void writeReplacing(const std::string& path, std::string_view bytes, Replace how, const struct timespec* modified)
+{
+    const std::string folder = folderPart(path);
+    struct stat st {};
+    if (::stat(folder.empty() ? "." : folder.c_str(), &st) != 0 || !S_ISDIR(st.st_mode))
+        throw err::make(err::PathNotFound);
+    const std::string temp = folder + "." + path.substr(folder.size()) + ".XXXXXX";
+    if (temp.size() >= sizeof pendingTemporary)
+        throw err::make(err::PathFileAccess);
+    pendingValid = 0;
+    std::memcpy(pendingTemporary, temp.c_str(), temp.size() + 1);
+    Fd fd(::mkstemp(pendingTemporary));
+    if (fd.get() < 0)
+        throw err::make(err::PathFileAccess);
+    pendingValid = 1;
+    try {
+        // Only the file just made here has its mode set: never one found in place.
+        if (::fchmod(fd.get(), creationMode(how.shared)) != 0)
+            throw err::make(err::PathFileAccess);
+        writeAll(fd.get(), bytes);
+        const struct timespec times[2] = {{0, UTIME_OMIT}, modified != nullptr ? *modified : timespec{0, UTIME_NOW}};
+        if (modified != nullptr && ::futimens(fd.get(), times) != 0)
+            throw err::make(err::PathFileAccess);
+        if (how.durable && ::fsync(fd.get()) != 0)
+            throw err::make(err::PathFileAccess);
+        if (::close(fd.release()) != 0 || ::rename(pendingTemporary, path.c_str()) != 0)
+            throw err::make(err::PathFileAccess);
+    } catch (...) {
+        ::unlink(pendingTemporary);
+        pendingValid = 0;
+        throw;
+    }
+    pendingValid = 0;
+    if (how.durable) {
+        // The rename itself reaches the disk with the folder; a folder that
+        // cannot be flushed leaves the new file in place all the same.
+        Fd dir(::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        if (dir.get() >= 0)
+            ::fsync(dir.get());
+    }
+}
+
+// Opens the file for appending, creating it when missing; `created` tells
+// which. Without blocking: a named pipe with no reader fails at once.
+int openForAppend(const std::string& path, bool& created)
+{
+    constexpr int flags = O_WRONLY | O_APPEND | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+    const int fd = ::open(path.c_str(), flags | O_CREAT | O_EXCL, 0666);
+    created = fd >= 0;
+    return fd >= 0 || errno != EEXIST ? fd : ::open(path.c_str(), flags);
+}
+
+void onSignal(int signal)
+{
+    if (pendingValid != 0)
+        ::unlink(pendingTemporary);
+    std::signal(signal, SIG_DFL);
+    std::raise(signal);
+}
 
 } // namespace
 
-#ifndef _WIN32
-
-std::string read(const std::string& path)
+std::string read(const std::string& path, std::size_t limit)
 {
-    Fd fd(::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
-    if (fd.get() < 0)
-        raiseFor(errno == ELOOP ? EACCES : errno);
-    struct stat st {};
-    if (::fstat(fd.get(), &st) != 0 || !S_ISREG(st.st_mode))
-        throw err::make(err::PathFileAccess);
-    std::string content;
-    char buffer[65536];
-    for (;;) {
-        const ssize_t n = ::read(fd.get(), buffer, sizeof buffer);
-        if (n < 0) {
-            if (errno == EINTR)
-                continue;
-            throw err::make(err::PathFileAccess);
-        }
-        if (n == 0)
-            break;
-        content.append(buffer, static_cast<std::size_t>(n));
-    }
-    return content;
+    Opened file = openRegular(path);
+    return readOpened(file, limit);
 }
 
-void replace(const std::string& path, std::string_view bytes)
+std::string readFirstLine(const std::string& path, std::size_t lineLimit, std::size_t fileLimit)
 {
-    const std::string folder = folderOf(path);
-    if (!folderExists(folder))
-        throw err::make(err::PathNotFound);
-    std::string temp = path + ".XXXXXX";
-    Fd fd(::mkstemp(temp.data()));
-    if (fd.get() < 0)
-        throw err::make(err::PathFileAccess);
-    try {
-        // Files in the shared folders stay readable and writable by every user.
-        // Files in the shared folders stay readable and writable by every user.
-        (void)::fchmod(fd.get(), 0666);
-        writeAll(fd.get(), bytes);
-        if (::close(fd.release()) != 0)
-            throw err::make(err::PathFileAccess);
-        // rename() replaces a symbolic link at the target instead of following it.
-        if (::rename(temp.c_str(), path.c_str()) != 0)
-            throw err::make(err::PathFileAccess);
-    } catch (...) {
-        ::unlink(temp.c_str());
-        throw;
+    Opened file = openRegular(path);
+    if (file.size > fileLimit)
+        throw Refused();
+    std::string line;
+    char chunk[4096];
+    bool any = false;
+    while (const std::size_t n = readSome(file.fd.get(), chunk, sizeof chunk)) {
+        any = true;
+        const char* end = std::find_if(chunk, chunk + n, [](char c) { return c == '\r' || c == '\n'; });
+        line.append(chunk, static_cast<std::size_t>(end - chunk));
+        if (line.size() > lineLimit)
+            throw Refused();
+        if (end != chunk + n)
+            return line;
     }
+    if (!any)
+        throw err::make(err::InputPastEnd);
+    return line;
+}
+
+bool hasContent(const std::string& path)
+{
+    try {
+        return openRegular(path).size > 0;
+    } catch (const RuntimeError&) {
+        return false;
+    }
+}
+
+void replace(const std::string& path, std::string_view bytes, Replace how)
+{
+    writeReplacing(path, bytes, how, nullptr);
+}
+
+void move(const std::string& source, const std::string& destination)
+{
+    Opened file = openRegular(source);
+    const std::string content = readOpened(file, SmallFileLimit);
+    writeReplacing(destination, content, {}, &file.modified);
+    if (::unlink(source.c_str()) != 0)
+        raiseFor(errno);
 }
 
 void append(const std::string& path, std::string_view bytes)
 {
-    Fd fd(::open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0666));
-    if (fd.get() < 0)
-        raiseFor(errno == ENOENT ? ENOTDIR : (errno == ELOOP ? EACCES : errno));
-    (void)::fchmod(fd.get(), 0666); // other users append to the same log; fails harmlessly if not ours
-    writeAll(fd.get(), bytes);
+    // A second round at most: the first may find a name that is not ours to write through.
+    for (int round = 0; round < 2; ++round) {
+        bool created = false;
+        Fd fd(openForAppend(path, created));
+        struct stat st {};
+        const bool opened = fd.get() >= 0;
+        if (!opened && errno != ELOOP && errno != ENXIO)
+            raiseFor(errno == ENOENT ? ENOTDIR : errno);
+        if (opened && ::fstat(fd.get(), &st) != 0)
+            throw err::make(err::PathFileAccess);
+        if (!opened || !S_ISREG(st.st_mode) || st.st_nlink > 1) {
+            // A link, a pipe or a second name of another file: take the name back.
+            if (::unlink(path.c_str()) != 0)
+                raiseFor(errno);
+            continue;
+        }
+        if (created && ::fchmod(fd.get(), 0666) != 0) // other users append to the same log
+            throw err::make(err::PathFileAccess);
+        writeAll(fd.get(), bytes);
+        return;
+    }
+    throw err::make(err::PathFileAccess);
+}
+
+void removeTemporaryOnSignals()
+{
+    std::signal(SIGINT, onSignal);
+    std::signal(SIGTERM, onSignal);
 }
 
 #else
 
-std::string read(const std::string& path)
+namespace {
+namespace fs = std::filesystem;
+
+void checkRegular(const std::string& path)
 {
-    std::ifstream in(path, std::ios::binary);
-    if (!in)
+    std::error_code code;
+    const fs::file_status status = fs::symlink_status(path, code);
+    if (code || !fs::exists(status))
         throw err::make(err::FileNotFound);
+    if (!fs::is_regular_file(status))
+        throw Refused();
+}
+} // namespace
+
+std::string read(const std::string& path, std::size_t limit)
+{
+    checkRegular(path);
+    if (fs::file_size(path) > limit)
+        throw err::make(err::SubscriptOutOfRange);
+    std::ifstream in(path, std::ios::binary);
     std::ostringstream s;
     s << in.rdbuf();
     return s.str();
 }
 
-void replace(const std::string& path, std::string_view bytes)
+std::string readFirstLine(const std::string& path, std::size_t lineLimit, std::size_t fileLimit)
 {
-    const std::string temp = path + ".tmp";
+    checkRegular(path);
+    if (fs::file_size(path) > fileLimit)
+        throw Refused();
+    std::ifstream in(path, std::ios::binary);
+    std::string line;
+    char c = 0;
+    bool any = false;
+    while (in.get(c) && c != '\r' && c != '\n') {
+        any = true;
+        line.push_back(c);
+        if (line.size() > lineLimit)
+            throw Refused();
+    }
+    if (!any && !in)
+        throw err::make(err::InputPastEnd);
+    return line;
+}
+
+bool hasContent(const std::string& path)
+{
+    std::error_code code;
+    return fs::is_regular_file(fs::symlink_status(path, code)) && fs::file_size(path, code) > 0;
+}
+
+void replace(const std::string& path, std::string_view bytes, Replace)
+{
+    const std::string temp = folderPart(path) + "." + path.substr(folderPart(path).size()) + ".tmp";
     {
         std::ofstream out(temp, std::ios::binary | std::ios::trunc);
         if (!out)
             throw err::make(err::PathNotFound);
         out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-        if (!out)
+        if (!out.flush())
             throw err::make(err::PathFileAccess);
     }
-    std::remove(path.c_str());
-    if (std::rename(temp.c_str(), path.c_str()) != 0)
+    std::error_code code;
+    fs::rename(temp, path, code);
+    if (code) {
+        fs::remove(temp, code);
         throw err::make(err::PathFileAccess);
+    }
+}
+
+void move(const std::string& source, const std::string& destination)
+{
+    const auto modified = fs::last_write_time(source);
+    replace(destination, read(source, SmallFileLimit));
+    fs::last_write_time(destination, modified);
+    if (!fs::remove(source))
+        throw err::make(err::FileNotFound);
 }
 
 void append(const std::string& path, std::string_view bytes)
@@ -174,6 +377,8 @@ void append(const std::string& path, std::string_view bytes)
     if (!out)
         throw err::make(err::PathFileAccess);
 }
+
+void removeTemporaryOnSignals() {}
 
 #endif
 

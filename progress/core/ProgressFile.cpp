@@ -63,7 +63,7 @@ std::string progressText(const SessionState& session, Int16 questionCount)
 
 void readSavedChars(const std::string& path, SavedProgress& saved)
 {
-    const std::string content = safefile::read(path);
+    const std::string content = safefile::read(path, safefile::SmallFileLimit);
     saved.SavedChars.erase();
     saved.SavedCharCount = 0;
     for (const char c : content) {
