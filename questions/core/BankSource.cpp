@@ -101,10 +101,12 @@ std::string sourceLine(Role role, std::string_view rawLine, const std::string& t
     }
 }
 
-std::string decipherLine(std::string_view rawLine, std::string_view passPhrase, int lineNumber)
+std::string decipherLine(std::string_view rawLine, LineDecoder& decoder, int lineNumber)
 {
     try {
-        return DecryptString(rawLine.substr(rawLine.front() == '#' ? 1 : 0), passPhrase);
+        std::string text;
+        decoder.decode(rawLine.substr(rawLine.front() == '#' ? 1 : 0), text);
+        return text;
     } catch (const RuntimeError& error) {
         throw BankSourceError(lineNumber, "cannot be deciphered: run-time error " + std::to_string(error.number()) +
                                               " (" + error.description() + ")");
@@ -173,10 +175,7 @@ std::string describeRole(Role role)
 
 } // namespace
 
-BankSourceError::BankSourceError(int line, const std::string& message)
-    : std::runtime_error("line " + std::to_string(line) + ": " + message), line_(line)
-{
-}
+BankSourceError::BankSourceError(int line, const std::string& message) : std::runtime_error(message), line_(line) {}
 
 std::string BuildBank(std::string_view source, std::string_view passPhrase)
 {
@@ -187,6 +186,7 @@ std::string BuildBank(std::string_view source, std::string_view passPhrase)
                               "the last line has no line end (LF)");
 
     std::string bank;
+    LineDecoder decoder(passPhrase);
     RoleTracker roles;
     int lineNumber = 0;
     std::size_t start = 0;
@@ -203,7 +203,7 @@ std::string BuildBank(std::string_view source, std::string_view passPhrase)
         // Check the line the way dump will read it, so the round trip holds.
         const Role role = roles.next(lineNumber, fileLine.empty(), !fileLine.empty() && fileLine.front() == '#');
         if (!fileLine.empty()) {
-            const std::string text = decipherLine(fileLine, passPhrase, lineNumber);
+            const std::string text = decipherLine(fileLine, decoder, lineNumber);
             if (!parsed.raw && text != parsed.text)
                 throw BankSourceError(lineNumber, "the text is not valid UTF-8");
             const std::string readBack = sourceLine(role, fileLine, text);
@@ -214,6 +214,8 @@ std::string BuildBank(std::string_view source, std::string_view passPhrase)
         }
         bank += fileLine;
         bank += "\r\n";
+        if (bank.size() > MaxBankBytes)
+            throw BankSourceError(lineNumber, "the question file would be larger than the 32 MiB the program reads");
     }
     return bank;
 }
@@ -221,13 +223,15 @@ std::string BuildBank(std::string_view source, std::string_view passPhrase)
 std::string DumpBank(std::string_view bank, std::string_view passPhrase)
 {
     std::string source;
+    LineDecoder decoder(passPhrase);
     RoleTracker roles;
     int lineNumber = 0;
-    for (const std::string_view fileLine : SplitFileLines(bank)) {
+    LineSplitter lines(bank);
+    for (std::string_view fileLine; lines.next(fileLine);) {
         ++lineNumber;
         const Role role = roles.next(lineNumber, fileLine.empty(), !fileLine.empty() && fileLine.front() == '#');
         if (role != Role::Empty)
-            source += sourceLine(role, fileLine, decipherLine(fileLine, passPhrase, lineNumber));
+            source += sourceLine(role, fileLine, decipherLine(fileLine, decoder, lineNumber));
         source += '\n';
     }
     return source;

@@ -27,7 +27,7 @@ namespace kesta {
 // and dumping the result gives the source back byte for byte, and a source
 // for which that would not hold is refused.
 
-// A source or question file that cannot be converted; what() names the line.
+// A source or question file that cannot be converted: what() says why, line() where.
 class BankSourceError : public std::runtime_error {
 public:
     BankSourceError(int line, const std::string& message);

@@ -4,7 +4,7 @@
 #include "questions/core/Rijndael.h"
 
 #include <array>
-#include <utility>
+#include <span>
 
 namespace kesta {
 
@@ -84,20 +84,23 @@ void appendUtf8(std::string& out, std::uint32_t cp)
     }
 }
 
-// UTF-16LE bytes to UTF-8. A single trailing byte is no code unit and is
-// dropped; an unpaired surrogate is kept as its own three-byte sequence.
-std::string fromUtf16le(const Bytes& bytes)
+// Appends UTF-16LE bytes as UTF-8. A single trailing byte is no code unit
+// and is dropped; an unpaired surrogate is kept as its own three-byte sequence.
+void appendUtf8From16le(std::string& out, std::span<const std::uint8_t> bytes)
 {
     const std::size_t units = bytes.size() / 2;
     auto unit = [&](std::size_t k) { return std::uint32_t{bytes[2 * k]} | (std::uint32_t{bytes[2 * k + 1]} << 8); };
-    std::string out;
-    out.reserve(units);
-    for (std::size_t k = 0; k < units; ++k) {
+    // Question texts are mostly ASCII: a leading run of it is copied without
+    // growing the string a character at a time.
+    std::size_t k = 0;
+    while (k < units && unit(k) < 0x80)
+        ++k;
+    const std::size_t at = out.size();
+    out.resize(at + k);
+    for (std::size_t i = 0; i < k; ++i)
+        out[at + i] = static_cast<char>(bytes[2 * i]);
+    for (; k < units; ++k) {
         const std::uint32_t u = unit(k);
-        if (u < 0x80) {
-            out.push_back(static_cast<char>(u));
-            continue;
-        }
         if (u >= 0xD800 && u < 0xDC00 && k + 1 < units) {
             const std::uint32_t low = unit(k + 1);
             if (low >= 0xDC00 && low < 0xE000) {
@@ -108,7 +111,6 @@ std::string fromUtf16le(const Bytes& bytes)
         }
         appendUtf8(out, u);
     }
-    return out;
 }
 
 constexpr std::array<std::int8_t, 256> hexDigits()
@@ -126,39 +128,44 @@ constexpr std::array<std::int8_t, 256> hexDigits()
 
 constexpr std::array<std::int8_t, 256> HexTable = hexDigits();
 
-int hexValue(char c)
-{
-    const int value = HexTable[static_cast<unsigned char>(c)];
-    if (value < 0)
-        throw err::make(err::TypeMismatch);
-    return value;
-}
-
 } // namespace
 
-std::string DecryptString(std::string_view sEncryptedText, std::string_view sEncryptionKey)
+LineDecoder::LineDecoder(std::string_view passPhrase) : keyed_(!passPhrase.empty())
 {
-    const std::size_t n = sEncryptedText.size();
+    cipher_.frameKey(toUtf16le(passPhrase));
+}
+
+void LineDecoder::decode(std::string_view line, std::string& text)
+{
+    const std::size_t n = line.size();
     // A line of fewer than two digits leaves no byte array to fill.
     if (n < 2)
         throw err::make(err::SubscriptOutOfRange);
-    Bytes cipher(n / 2);
-    const auto* digits = reinterpret_cast<const unsigned char*>(sEncryptedText.data());
+    bytes_.resize(n / 2);
+    const auto* digits = reinterpret_cast<const unsigned char*>(line.data());
+    int invalid = 0;
     for (std::size_t k = 0; k < n / 2; ++k) {
         const int high = HexTable[digits[2 * k]];
         const int low = HexTable[digits[2 * k + 1]];
-        if ((high | low) < 0)
-            throw err::make(err::TypeMismatch);
-        cipher[k] = static_cast<std::uint8_t>(high * 16 + low);
+        invalid |= high | low;
+        bytes_[k] = static_cast<std::uint8_t>(high * 16 + low);
     }
-    if (n % 2 != 0) {
-        // The last lone digit is converted first and only then found to
-        // fall outside the byte array.
-        hexValue(sEncryptedText[n - 1]);
+    // A lone last digit is converted first and only then found to fall
+    // outside the byte array.
+    if ((invalid | HexTable[digits[n - 1]]) < 0)
+        throw err::make(err::TypeMismatch);
+    if (n % 2 != 0)
         throw err::make(err::SubscriptOutOfRange);
-    }
-    CRijndael cipherEngine;
-    return fromUtf16le(cipherEngine.DecryptData(std::move(cipher), toUtf16le(sEncryptionKey)));
+    if (!keyed_ || bytes_.size() % CRijndael::FrameBlock != 0)
+        return;
+    appendUtf8From16le(text, cipher_.unframe(bytes_));
+}
+
+std::string DecryptString(std::string_view sEncryptedText, std::string_view sEncryptionKey)
+{
+    std::string text;
+    LineDecoder(sEncryptionKey).decode(sEncryptedText, text);
+    return text;
 }
 
 std::string EncryptString(std::string_view plainText, std::string_view sEncryptionKey)

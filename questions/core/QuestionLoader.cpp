@@ -1,11 +1,8 @@
 #include "questions/core/QuestionLoader.h"
 
-#include "common/core/RuntimeError.h"
+#include "common/core/SafeFile.h"
 #include "questions/core/Cipher.h"
 
-#include <cerrno>
-#include <algorithm>
-#include <cstdio>
 #include <cstring>
 #include <memory>
 
@@ -15,42 +12,21 @@ namespace {
 
 constexpr std::string_view CrLf = "\r\n";
 
-} // namespace
-
-std::string ReadWholeFile(const std::string& filename)
-{
-    std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(filename.c_str(), "rb"), &std::fclose);
-    if (!file) {
-        switch (errno) {
-        case ENOENT: throw err::make(err::FileNotFound);
-        case ENOTDIR: throw err::make(err::PathNotFound);
-        default: throw err::make(err::PathFileAccess);
-        }
-    }
-    std::string content;
-    char buffer[65536];
-    std::size_t got = 0;
-    while ((got = std::fread(buffer, 1, sizeof buffer, file.get())) > 0)
-        content.append(buffer, got);
-    if (std::ferror(file.get()))
-        throw err::make(err::PathFileAccess);
-    return content;
-}
-
-namespace {
-
-// The texts of the question being read, before trimming.
+// The texts of the question being read, before trimming. The explanation and
+// the answer outlive a stored record: a file that ends inside a block gives
+// its last question the ones read before.
 struct OpenQuestion {
     std::string question;
     std::string explanation;
     std::string answer;
 };
 
-void storeRecord(QuestionRecord& record, const OpenQuestion& open)
+// Trims leading and trailing spaces (only spaces), in place.
+std::string trimmed(std::string text)
 {
-    record.Question = TrimSpaces(open.question);
-    record.Explanation = TrimSpaces(open.explanation);
-    record.Answer = TrimSpaces(open.answer);
+    text.erase(text.find_last_not_of(' ') + 1);
+    text.erase(0, text.find_first_not_of(' '));
+    return text;
 }
 
 std::string widenTabs(const std::string& text)
@@ -66,47 +42,155 @@ std::string widenTabs(const std::string& text)
     return page;
 }
 
+// One pass over a file's lines as the program's loader reads them: up to
+// 10000 rounds, a round per line, the last round reading the empty slot
+// after the lines or, for a longer file, its last line.
+class Loader {
+public:
+    Loader(QuestionList& list, LoadObserver& observer, const LineDecipher& decipher)
+        : questions_(list.Questions), observer_(observer), decipher_(decipher)
+    {
+    }
+
+    LoadResult run(std::string_view content, QuestionList& list)
+    {
+        LineSplitter lines(content);
+        std::string_view line, last;
+        int count = 0;
+        while (lines.next(line)) {
+            if (++count < MaxQuestionLines)
+                round(line, count == 1);
+            else
+                last = line; // every line from the 10000th on lands in the last slot
+        }
+        result_.tooManyLines = count >= MaxQuestionLines;
+        round(last, false);
+
+        // The final store keeps a bare break explanation as it stands.
+        store(questions_[number_], false);
+        list.QuestionCount = static_cast<Int16>(number_);
+        observer_.introduction(widenTabs(questions_[1].Intro));
+        observer_.status(ReadyText);
+        observer_.progressShown(false);
+        for (int k = 1; k <= number_; ++k) {
+            if (Utf16Length(questions_[k].Answer) != 1)
+                result_.badAnswers.push_back(k);
+        }
+        return std::move(result_);
+    }
+
+private:
+    // Every non-empty line is deciphered, also one the test does not keep, so
+    // that an undecipherable line fails wherever it stands.
+    void round(std::string_view raw, bool firstLine)
+    {
+        if (progress_ < 100)
+            observer_.progress(++progress_);
+        if (raw.empty())
+            return;
+        const bool marked = raw.front() == '#';
+        const std::string_view line = raw.substr(marked ? 1 : 0);
+
+        if (header_ <= 4) {
+            // The title is read as the first header line and at once replaced by the second.
+            std::string& intro = questions_[1].Intro;
+            if (header_ <= 2)
+                intro.clear();
+            else
+                intro.append(CrLf).append(CrLf);
+            decipher_(line, intro);
+            if (firstLine && !marked)
+                result_.title = intro;
+            ++header_;
+            return;
+        }
+        if (marked) {
+            section_ = section_ % 3 + 1;
+            if (section_ == 1 && number_ < MaxQuestions) {
+                store(questions_[number_], true);
+                ++number_;
+                into(open_.question, line);
+            } else if (section_ == 1) {
+                result_.tooManyQuestions = true; // the question goes on as the thousandth
+                into(discarded_, line);
+            } else {
+                into(section_ == 2 ? open_.explanation : open_.answer, line);
+            }
+        } else if (section_ == 1) {
+            decipher_(line, open_.question.append(CrLf));
+        } else if (section_ == 2) {
+            decipher_(line, open_.explanation.append(CrLf).append(CrLf));
+        } else {
+            into(discarded_, line);
+        }
+    }
+
+    // The line's text replaces `text`.
+    void into(std::string& text, std::string_view line)
+    {
+        text.clear();
+        decipher_(line, text);
+    }
+
+    void store(QuestionRecord& record, bool breakRule)
+    {
+        // An explanation of a bare break names the answer, untrimmed.
+        if (breakRule && open_.explanation == "<br><br>")
+            record.Explanation = "The correct answer is " + open_.answer + ".<br><br>";
+        else
+            record.Explanation = trimmed(open_.explanation);
+        record.Question = trimmed(std::move(open_.question));
+        record.Answer = trimmed(open_.answer);
+        open_.question.clear();
+    }
+
+    FixedArray<QuestionRecord, 0, 1000>& questions_;
+    LoadObserver& observer_;
+    const LineDecipher& decipher_;
+    LoadResult result_;
+    int progress_ = 1;
+    int header_ = 1;
+    int section_ = 0;
+    int number_ = 0;
+    OpenQuestion open_;
+    std::string discarded_;
+};
+
+void beginLoad(LoadObserver& observer)
+{
+    observer.progress(1);
+    observer.progressShown(true);
+    observer.status(LoadingText);
+}
+
 } // namespace
 
-LineDecipher decipherWith(std::string passPhrase)
+LineDecipher decipherWith(std::string_view passPhrase)
 {
-    return [key = std::move(passPhrase)](const std::string& line) { return DecryptString(line, key); };
+    auto decoder = std::make_shared<LineDecoder>(passPhrase);
+    return [decoder](std::string_view line, std::string& text) { decoder->decode(line, text); };
 }
 
-std::vector<std::string_view> SplitFileLines(std::string_view content)
+bool LineSplitter::next(std::string_view& line)
 {
-    // memchr finds the line ends far faster than a loop over every character;
-    // the next LF is remembered so that lone-CR files are not rescanned.
-    std::vector<std::string_view> lines;
-    const char* const begin = content.data();
-    const char* const end = begin + content.size();
-    const char* p = begin;
-    const char* nextLf = nullptr;
-    while (p < end) {
-        if (nextLf == nullptr || nextLf < p) {
-            nextLf = static_cast<const char*>(std::memchr(p, '\n', static_cast<std::size_t>(end - p)));
-            if (nextLf == nullptr)
-                nextLf = end;
-        }
-        const auto* cr = static_cast<const char*>(std::memchr(p, '\r', static_cast<std::size_t>(nextLf - p)));
-        const char* lineEnd = cr != nullptr ? cr : nextLf;
-        lines.emplace_back(p, static_cast<std::size_t>(lineEnd - p));
-        if (lineEnd == end)
-            break;
-        p = lineEnd + 1;
-        if (cr != nullptr && p < end && *p == '\n')
-            ++p;
+    if (rest_.empty())
+        return false;
+    // memchr finds the line ends far faster than a loop over every character.
+    const char* const begin = rest_.data();
+    const char* const end = begin + rest_.size();
+    if (nextLf_ == nullptr || nextLf_ < begin) {
+        nextLf_ = static_cast<const char*>(std::memchr(begin, '\n', rest_.size()));
+        if (nextLf_ == nullptr)
+            nextLf_ = end;
     }
-    return lines;
-}
-
-std::string TrimSpaces(std::string_view text)
-{
-    const auto first = text.find_first_not_of(' ');
-    if (first == std::string_view::npos)
-        return {};
-    const auto last = text.find_last_not_of(' ');
-    return std::string(text.substr(first, last - first + 1));
+    const auto* cr = static_cast<const char*>(std::memchr(begin, '\r', static_cast<std::size_t>(nextLf_ - begin)));
+    const char* lineEnd = cr != nullptr ? cr : nextLf_;
+    line = std::string_view(begin, static_cast<std::size_t>(lineEnd - begin));
+    const char* next = lineEnd == end ? end : lineEnd + 1;
+    if (cr != nullptr && next < end && *next == '\n')
+        ++next;
+    rest_ = std::string_view(next, static_cast<std::size_t>(end - next));
+    return true;
 }
 
 std::size_t Utf16Length(std::string_view text)
@@ -122,98 +206,19 @@ std::size_t Utf16Length(std::string_view text)
     return units;
 }
 
+LoadResult LoadQuestionText(std::string_view content, QuestionList& list, LoadObserver& observer,
+                            const LineDecipher& decipher)
+{
+    beginLoad(observer);
+    return Loader(list, observer, decipher).run(content, list);
+}
+
 LoadResult LoadQuestionFile(const std::string& filename, QuestionList& list, LoadObserver& observer,
                             const LineDecipher& decipher)
 {
-    LoadResult result;
-    int progress = 1;
-    observer.progress(progress);
-    observer.progressShown(true);
-    observer.status(LoadingText);
-
-    const std::string content = ReadWholeFile(filename);
-    const std::vector<std::string_view> fileLines = SplitFileLines(content);
-
-    // QuestionLines holds at most lines 1..10000; once full, every further
-    // line lands in the last slot, so only the file's last line survives there.
-    std::vector<std::string_view> lines(1); // slot 0 unused
-    lines.reserve(std::min<std::size_t>(fileLines.size(), MaxQuestionLines) + 2);
-    int last = 1;
-    for (const std::string_view line : fileLines) {
-        if (static_cast<int>(lines.size()) <= last)
-            lines.push_back(line);
-        else
-            lines[static_cast<std::size_t>(last)] = line;
-        if (last < MaxQuestionLines)
-            ++last;
-        else
-            result.tooManyLines = true;
-    }
-    lines.resize(static_cast<std::size_t>(last) + 1); // the round past the last line reads an empty slot
-
-    auto& questions = list.Questions;
-    int header = 1;
-    int section = 0;
-    int number = 0;
-    OpenQuestion open;
-    std::string line;
-    for (int j = 1; j <= last; ++j) {
-        if (progress < 100)
-            observer.progress(++progress);
-        const std::string_view raw = lines[static_cast<std::size_t>(j)];
-        if (raw.empty())
-            continue;
-        const bool marked = raw.front() == '#';
-        line.assign(marked ? raw.substr(1) : raw);
-        std::string text = decipher(line);
-
-        if (header <= 2) {
-            questions[1].Intro = std::move(text);
-            ++header;
-            continue;
-        }
-        if (header <= 4) {
-            questions[1].Intro.append(CrLf).append(CrLf).append(text);
-            ++header;
-            continue;
-        }
-
-        if (marked) {
-            section = section % 3 + 1;
-            switch (section) {
-            case 1:
-                if (number < MaxQuestions) {
-                    QuestionRecord& record = questions[number];
-                    storeRecord(record, open);
-                    if (open.explanation == "<br><br>")
-                        record.Explanation = "The correct answer is " + open.answer + ".<br><br>";
-                    open.question = std::move(text);
-                    ++number;
-                } else {
-                    result.tooManyQuestions = true;
-                }
-                break;
-            case 2: open.explanation = std::move(text); break;
-            default: open.answer = std::move(text); break;
-            }
-        } else if (section == 1) {
-            open.question.append(CrLf).append(text);
-        } else if (section == 2) {
-            open.explanation.append(CrLf).append(CrLf).append(text);
-        }
-    }
-    storeRecord(questions[number], open);
-    list.QuestionCount = static_cast<Int16>(number);
-
-    observer.introduction(widenTabs(questions[1].Intro));
-    observer.status(ReadyText);
-    observer.progressShown(false);
-
-    for (int k = 1; k <= number; ++k) {
-        if (Utf16Length(questions[k].Answer) != 1)
-            result.badAnswers.push_back(k);
-    }
-    return result;
+    beginLoad(observer);
+    const std::string content = safefile::read(filename, MaxBankBytes);
+    return Loader(list, observer, decipher).run(content, list);
 }
 
 } // namespace kesta

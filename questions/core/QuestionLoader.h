@@ -2,7 +2,9 @@
 
 #include "questions/core/QuestionList.h"
 
+#include <cstddef>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -20,18 +22,21 @@ public:
     virtual void introduction(const std::string&) {}     // the introduction page (TABs already widened)
 };
 
-// Deciphers one line, already stripped of its marker. It raises for a line
-// that cannot be deciphered; the loader lets that error pass.
-using LineDecipher = std::function<std::string(const std::string& line)>;
+// Deciphers one line, already stripped of its marker, appending its text to
+// `text`. It raises for a line that cannot be deciphered; the loader lets
+// that error pass.
+using LineDecipher = std::function<void(std::string_view line, std::string& text)>;
 
-// A decipher that runs DecryptString under the given pass phrase.
-LineDecipher decipherWith(std::string passPhrase);
+// A decipher that runs one LineDecoder under the given pass phrase.
+LineDecipher decipherWith(std::string_view passPhrase);
 
-// How a load went: the three conditions behind the corrupt warning.
+// How a load went: the three conditions behind the corrupt warning, and the
+// title as the menus read it.
 struct LoadResult {
     bool tooManyLines = false;     // 10000 or more lines; all past line 9999 but the last were lost
     bool tooManyQuestions = false; // a question block beyond the 1000th
     std::vector<int> badAnswers;   // questions whose answer is not exactly one character
+    std::optional<std::string> title; // the first line's text; none when it is empty or marked
 
     bool corrupt() const { return tooManyLines || tooManyQuestions || !badAnswers.empty(); }
 };
@@ -39,21 +44,28 @@ struct LoadResult {
 // The question file reader: fills `list` from the enciphered file at
 // `filename` (records 1..QuestionCount, the introduction in record 1, the
 // empty record 0) without clearing it first, reporting progress and texts
-// to `observer`. Throws RuntimeError 53 when the file cannot be opened and
-// whatever `decipher` raises for an undecipherable line.
+// to `observer`. The file is read once, whole, through the one reader: a
+// file that is not a regular file raises 75, one larger than MaxBankBytes 9,
+// a missing one 53; an undecipherable line raises whatever `decipher` raises.
 LoadResult LoadQuestionFile(const std::string& filename, QuestionList& list, LoadObserver& observer,
                             const LineDecipher& decipher);
 
-// The loader's view of a file's lines: CR LF, a lone CR and a lone LF each
-// end a line; a last line without an end still counts.
-std::vector<std::string_view> SplitFileLines(std::string_view content);
+// The same for a file's content already in memory.
+LoadResult LoadQuestionText(std::string_view content, QuestionList& list, LoadObserver& observer,
+                            const LineDecipher& decipher);
 
-// The whole content of a question file (a link is followed: the question
-// folder belongs to the installation). Raises 53, 76 or 75 when it cannot be read.
-std::string ReadWholeFile(const std::string& filename);
+// The lines of a file as views into its content: CR LF, a lone CR and a lone
+// LF each end a line; a last line without an end still counts.
+class LineSplitter {
+public:
+    explicit LineSplitter(std::string_view content) : rest_(content) {}
+    // The next line; false when none is left.
+    bool next(std::string_view& line);
 
-// Trims leading and trailing spaces (only spaces).
-std::string TrimSpaces(std::string_view text);
+private:
+    std::string_view rest_;
+    const char* nextLf_ = nullptr; // remembered so a file of lone CRs is not scanned again for each line
+};
 
 // Length of UTF-8 text in UTF-16 code units: what "one character" means
 // for an answer.
@@ -61,6 +73,10 @@ std::size_t Utf16Length(std::string_view text);
 
 inline constexpr int MaxQuestionLines = 10000; // lines kept of a file; more set the corrupt warning
 inline constexpr int MaxQuestions = 1000;      // questions kept; more set the corrupt warning
+// The largest question file read. A bank of 1000 ordinary questions is about
+// 3 MB; the largest one the loader can use (10000 lines) fits with lines of
+// 3 KB, several pages of text each.
+inline constexpr std::size_t MaxBankBytes = std::size_t{32} << 20;
 inline constexpr const char* LoadingText = "Please wait while the questions are loaded...";
 inline constexpr const char* ReadyText = "Ready";
 inline constexpr const char* CorruptText =

@@ -236,16 +236,6 @@ void cipherBlock(int nb, const CRijndael::Tables& t, const std::uint32_t* rk, in
     }
 }
 
-// The expanded key of the last key used on this thread.
-struct ScheduleCache {
-    bool valid = false;
-    std::int32_t nb = 0;
-    std::int32_t nk = 0;
-    std::array<std::uint8_t, 32> key{};
-    std::array<std::uint32_t, CRijndael::MaxScheduleWords> fkey{};
-    std::array<std::uint32_t, CRijndael::MaxScheduleWords> rkey{};
-};
-
 } // namespace
 
 CRijndael::Tables::Tables()
@@ -348,14 +338,6 @@ void CRijndael::gkey(std::int32_t nb, std::int32_t nk, std::span<const std::uint
     Nb_ = nb;
     Nk_ = nk;
     Nr_ = 6 + std::max(nb, nk);
-    const std::size_t keyBytes = static_cast<std::size_t>(4 * nk);
-
-    thread_local ScheduleCache cache;
-    if (cache.valid && cache.nb == nb && cache.nk == nk && std::equal(KEY.begin(), KEY.begin() + keyBytes, cache.key.begin())) {
-        fkey_ = cache.fkey;
-        rkey_ = cache.rkey;
-        return;
-    }
 
     const Tables& t = *tables_;
     const int total = Nb_ * (Nr_ + 1);
@@ -380,13 +362,6 @@ void CRijndael::gkey(std::int32_t nb, std::int32_t nk, std::span<const std::uint
         for (int j = 0; j < Nb_; ++j)
             rkey_[r * Nb_ + j] = t.invMixColumn(fkey_[(Nr_ - r) * Nb_ + j]);
     }
-
-    cache.valid = true;
-    cache.nb = nb;
-    cache.nk = nk;
-    std::copy(KEY.begin(), KEY.begin() + keyBytes, cache.key.begin());
-    cache.fkey = fkey_;
-    cache.rkey = rkey_;
 }
 
 void CRijndael::Encrypt(std::span<std::uint8_t> buff) const
@@ -438,33 +413,26 @@ CRijndael::Bytes CRijndael::EncryptData(std::span<const std::uint8_t> bytMessage
 
 CRijndael::Bytes CRijndael::DecryptData(std::span<const std::uint8_t> bytIn, std::span<const std::uint8_t> bytPassword)
 {
-    if (bytIn.empty() || bytIn.size() % FrameBlock != 0)
-        return {};
-    return DecryptData(Bytes(bytIn.begin(), bytIn.end()), bytPassword);
-}
-
-CRijndael::Bytes CRijndael::DecryptData(Bytes&& bytIn, std::span<const std::uint8_t> bytPassword)
-{
-    if (bytIn.empty() || bytPassword.empty())
-        return {};
-    const std::size_t n = bytIn.size();
-    if (n % FrameBlock != 0)
+    if (bytIn.empty() || bytPassword.empty() || bytIn.size() % FrameBlock != 0)
         return {};
     frameKey(bytPassword);
+    Bytes work(bytIn.begin(), bytIn.end());
+    const std::span<std::uint8_t> message = unframe(work);
+    return Bytes(message.begin(), message.end());
+}
 
-    Bytes work = std::move(bytIn);
+std::span<std::uint8_t> CRijndael::unframe(std::span<std::uint8_t> work) const
+{
+    const std::size_t n = work.size();
     for (std::size_t p = 0; p < n; p += FrameBlock)
         block8<false>(*tables_, rkey_.data(), Nr_, work.data() + p);
-
     const auto length = static_cast<std::int32_t>(load32(work.data()));
     if (static_cast<std::int64_t>(length) > static_cast<std::int64_t>(n) - 4)
         return {};
     // A message of no bytes cannot be sized: the framing never produces one.
     if (length <= 0)
         throw err::make(err::SubscriptOutOfRange);
-    work.erase(work.begin(), work.begin() + 4);
-    work.resize(static_cast<std::size_t>(length));
-    return work;
+    return work.subspan(4, static_cast<std::size_t>(length));
 }
 
 } // namespace kesta

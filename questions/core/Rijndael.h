@@ -16,9 +16,8 @@ namespace kesta {
 //
 // The 256-bit block runs on the processor's AES instructions where present
 // (each handles half a block). The round tables are computed once per
-// process and shared; the expanded
-// key of the most recently used key is cached per thread, so deciphering
-// line after line under the same pass phrase does not expand it again.
+// process and shared. A caller that deciphers many messages under one key
+// sets it once with frameKey and then unframes each message in place.
 //
 // Throws RuntimeError: gkey raises 5 (invalid call) for an unsupported size
 // and 9 (subscript out of range) for a key shorter than 4·nk bytes;
@@ -45,8 +44,13 @@ public:
     // Deciphers and unframes a message; empty for an empty argument, a byte
     // count that is not a multiple of 32, or a header longer than the data.
     Bytes DecryptData(std::span<const std::uint8_t> bytIn, std::span<const std::uint8_t> bytPassword);
-    // The same, deciphering in the caller's buffer instead of a copy.
-    Bytes DecryptData(Bytes&& bytIn, std::span<const std::uint8_t> bytPassword);
+
+    // Cuts or zero-pads the password to the framing's 32-byte key and expands it.
+    void frameKey(std::span<const std::uint8_t> bytPassword);
+    // Deciphers a framed message of whole 32-byte blocks in place under the
+    // key of the last frameKey, and returns the message within `work`: empty
+    // when the header is longer than the data.
+    std::span<std::uint8_t> unframe(std::span<std::uint8_t> work) const;
 
     // Lets the 256-bit block use the processor's AES instructions (the
     // default) or not; returns whether the processor has them. The results
@@ -60,9 +64,6 @@ public:
     struct Tables;
 
 private:
-    // Cuts or zero-pads the password to the framing's 32-byte key and expands it.
-    void frameKey(std::span<const std::uint8_t> bytPassword);
-
     const Tables* tables_ = nullptr;
     std::int32_t Nb_ = 0;
     std::int32_t Nk_ = 0;

@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <exception>
 #include <memory>
+#include <new>
 #include <optional>
 #include <string>
 #include <vector>
@@ -34,10 +35,20 @@ struct UsageError {
     std::string message;
 };
 
-// A failure of the command itself, already phrased for the user.
+// A failure of the command itself, already phrased for the user: one line
+// naming the file, and the line of it where there is one.
 struct Failure {
     std::string message;
 };
+
+Failure failure(const std::string& path, int line, const std::string& message)
+{
+    return Failure{path + (line > 0 ? ":" + std::to_string(line) : std::string()) + ": " + message};
+}
+
+// A source holds a quarter of the bank it builds at most; a larger one would
+// build a bank beyond what the program reads.
+constexpr std::size_t MaxSourceBytes = MaxBankBytes / 4;
 
 struct Arguments {
     std::string key{QuestionPassPhrase};
@@ -82,12 +93,16 @@ Arguments parseArguments(int argc, char** argv)
     return args;
 }
 
-std::string readInput(const std::string& path)
+std::string readInput(const std::string& path, std::size_t limit)
 {
     try {
-        return ReadWholeFile(path);
+        return safefile::read(path, limit);
+    } catch (const safefile::Refused&) {
+        throw failure(path, 0, "not a regular file (a link, a pipe or a device); nothing was read");
     } catch (const RuntimeError& error) {
-        throw Failure{path + ": cannot be read (" + error.description() + ")"};
+        if (error.number() == err::SubscriptOutOfRange)
+            throw failure(path, 0, "larger than " + std::to_string(limit >> 20) + " MiB; not read");
+        throw failure(path, 0, "cannot be read (" + error.description() + ")");
     }
 }
 
@@ -101,11 +116,33 @@ std::string describe(const RuntimeError& error)
     return "run-time error " + std::to_string(error.number()) + " (" + error.description() + ")";
 }
 
+// A question file, read whole; an empty file is none.
+std::string readBank(const std::string& path)
+{
+    std::string bank = readInput(path, MaxBankBytes);
+    if (bank.empty())
+        throw failure(path, 0, "empty; not a question file");
+    return bank;
+}
+
+// The number of the line of `content` that holds the character at `at`.
+int lineOf(std::string_view content, const char* at)
+{
+    LineSplitter lines(content);
+    int number = 0;
+    for (std::string_view line; lines.next(line);) {
+        ++number;
+        if (at <= line.data() + line.size())
+            break;
+    }
+    return number;
+}
+
 int encryptLine(const Arguments& args)
 {
     const std::string& text = args.positional.at(1);
     if (text.empty())
-        throw Failure{"an empty text has no enciphered form"};
+        throw Failure{"kesta-qbank: an empty text has no enciphered form"};
     writeOut(EncryptString(text, args.key) + "\n");
     return 0;
 }
@@ -115,7 +152,7 @@ int decryptLine(const Arguments& args)
     try {
         writeOut(DecryptString(args.positional.at(1), args.key) + "\n");
     } catch (const RuntimeError& error) {
-        throw Failure{"the line cannot be deciphered: " + describe(error)};
+        throw Failure{"kesta-qbank: the line cannot be deciphered: " + describe(error)};
     }
     return 0;
 }
@@ -123,17 +160,18 @@ int decryptLine(const Arguments& args)
 int build(const Arguments& args)
 {
     const std::string& sourcePath = args.positional.at(1);
-    const std::string source = readInput(sourcePath);
+    const std::string source = readInput(sourcePath, MaxSourceBytes);
     std::string bank;
     try {
         bank = BuildBank(source, args.key);
     } catch (const BankSourceError& error) {
-        throw Failure{sourcePath + ": " + error.what()};
+        throw failure(sourcePath, error.line(), error.what());
     }
     try {
-        safefile::replace(*args.output, bank);
+        // A bank is installed, not shared: it gets the mode the umask gives.
+        safefile::replace(*args.output, bank, {.shared = false});
     } catch (const RuntimeError& error) {
-        throw Failure{*args.output + ": cannot be written: " + describe(error)};
+        throw failure(*args.output, 0, "cannot be written: " + describe(error));
     }
     return 0;
 }
@@ -141,42 +179,36 @@ int build(const Arguments& args)
 int dump(const Arguments& args)
 {
     const std::string& bankPath = args.positional.at(1);
-    const std::string bank = readInput(bankPath);
+    const std::string bank = readBank(bankPath);
     try {
         writeOut(DumpBank(bank, args.key));
     } catch (const BankSourceError& error) {
-        throw Failure{bankPath + ": " + error.what()};
+        throw failure(bankPath, error.line(), error.what());
     }
     return 0;
-}
-
-// The title as the menus read it: the whole first line, deciphered.
-std::string titleOf(const std::string& bankPath, const std::string& key)
-{
-    const std::string content = readInput(bankPath);
-    const std::vector<std::string_view> lines = SplitFileLines(content);
-    const std::string first = lines.empty() ? std::string() : std::string(lines.front());
-    try {
-        return DecryptString(first, key);
-    } catch (const RuntimeError& error) {
-        throw Failure{bankPath + ": line 1 (the title) cannot be deciphered: " + describe(error)};
-    }
 }
 
 int check(const Arguments& args)
 {
     const std::string& bankPath = args.positional.at(1);
+    const std::string bank = readBank(bankPath);
     auto list = std::make_unique<QuestionList>();
     LoadObserver quiet;
     LoadResult result;
+    LineDecoder decoder(args.key);
+    std::string_view deciphering; // the line being deciphered, to name it when it cannot be
+    const LineDecipher decipher = [&](std::string_view line, std::string& text) {
+        deciphering = line;
+        decoder.decode(line, text);
+    };
     try {
-        result = LoadQuestionFile(bankPath, *list, quiet, decipherWith(args.key));
+        result = LoadQuestionText(bank, *list, quiet, decipher);
     } catch (const RuntimeError& error) {
-        throw Failure{bankPath + ": " + (error.number() == err::FileNotFound ? "cannot be opened: "
-                                                                             : "cannot be loaded: ") +
-                      describe(error)};
+        throw failure(bankPath, lineOf(bank, deciphering.data()), "cannot be deciphered: " + describe(error));
     }
-    const std::string title = titleOf(bankPath, args.key);
+    if (!result.title)
+        throw failure(bankPath, 1, "not a question file: its first line is no title the program can read");
+    const std::string& title = *result.title;
     const int count = list->QuestionCount;
 
     std::string out;
@@ -248,6 +280,8 @@ int run(int argc, char** argv)
 
 int main(int argc, char** argv)
 {
+    // An interrupted build leaves no half-made bank behind, not even hidden.
+    safefile::removeTemporaryOnSignals();
     try {
         const int status = run(argc, argv);
         if (std::fflush(stdout) != 0) {
@@ -259,11 +293,14 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "kesta-qbank: %s\n%s", error.message.c_str(), UsageText);
         return ExitUsage;
     } catch (const Failure& error) {
-        std::fprintf(stderr, "kesta-qbank: %s\n", error.message.c_str());
+        // FILE:LINE: first, as compilers write it, so editors can jump there.
+        std::fprintf(stderr, "%s\n", error.message.c_str());
     } catch (const RuntimeError& error) {
         std::fprintf(stderr, "kesta-qbank: %s\n", describe(error).c_str());
+    } catch (const std::bad_alloc&) {
+        std::fputs("kesta-qbank: not enough memory\n", stderr);
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "kesta-qbank: %s\n", error.what());
+        std::fprintf(stderr, "kesta-qbank: cannot go on: %s\n", error.what());
     }
     return ExitFailure;
 }

@@ -38,10 +38,12 @@ void Form1::ReadFile(const std::string& filename)
 {
     trap("ReadFile()", [&] {
         FormLoadObserver observer(*this);
-        // Each line goes through this window's own DecryptString, so a line
-        // that cannot be deciphered is reported under that routine's name.
-        const std::string passPhrase(QuestionPassPhrase);
-        const LineDecipher decipher = [&](const std::string& line) { return DecryptString(line, passPhrase); };
+        // A line that cannot be deciphered is reported under this window's
+        // DecryptString, as when that routine deciphers it.
+        LineDecoder decoder(QuestionPassPhrase);
+        const LineDecipher decipher = [&](std::string_view line, std::string& text) {
+            trap("DecryptString()", [&] { decoder.decode(line, text); });
+        };
         const LoadResult result = LoadQuestionFile(filename, state_.questions, observer, decipher);
         if (result.corrupt())
             app_.host.messageBox({AppTitle, CorruptText, MessageIcon::None, MessageButtons::Ok});
