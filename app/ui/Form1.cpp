@@ -234,7 +234,7 @@ void Form1::InitializeVariables()
         SessionState& s = state_.session;
         Save_Progress->setEnabled(false);
         mnuPrintQuestions->setEnabled(false); // until a test is chosen
-        s.SaveAllowed = false;
+        s.TestStarted = false;
 
         Create_Menu();
         Adjust_Menu();
@@ -256,7 +256,6 @@ void Form1::InitializeVariables()
         s.TimeHours = 0;
         s.TimeMinutes = 0;
         s.TimeSeconds = 0;
-        s.TestStarted = false;
         s.OptionAChosen = s.OptionBChosen = s.OptionCChosen = s.OptionDChosen = false;
 
         Back_Command1->hide();
@@ -282,7 +281,7 @@ void Form1::Initialize()
 {
     trap("Initialize()", [&] {
         SessionState& s = state_.session;
-        s.SaveAllowed = false;
+        s.TestStarted = false;
         Save_Progress->setEnabled(false);
 
         ViewAnswer->hide();

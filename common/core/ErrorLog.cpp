@@ -28,7 +28,8 @@ std::string SystemErrorText(std::int32_t code)
     const char* text = strerror_r(code, buffer, sizeof buffer);
     if (text == nullptr || std::strncmp(text, "Unknown error", 13) == 0)
         return {};
-    return text;
+    // A system message ends with its own line end, as the entry's layout expects.
+    return std::string(text) + CrLf;
 #endif
 }
 

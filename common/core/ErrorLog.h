@@ -31,7 +31,8 @@ private:
     const DataFolders& folders_;
 };
 
-// The operating system's message text for an error number, or "" when it has none.
+// The operating system's message text for an error number, ending in its own
+// CR LF as the system's texts do, or "" when the system has none.
 std::string SystemErrorText(std::int32_t code);
 
 // The date-and-time text used in log entries.

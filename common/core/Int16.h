@@ -27,8 +27,10 @@ constexpr Int16 sub16(Int16 a, std::int64_t b) { return toInt16(std::int64_t{a} 
 constexpr Int16 mul16(Int16 a, std::int64_t b) { return toInt16(std::int64_t{a} * b); }
 
 // Converts decimal text to a 16-bit value the way the program reads numbers
-// from its own files: surrounding blanks are ignored, a sign is allowed.
-// Raises error 13 for text that is not a number and error 6 when it does not
+// from its own files and its lists: surrounding blanks are ignored, a sign
+// and a fraction are allowed, and the value is rounded to the nearest
+// integer, a half to the even one ("5.5" is 6, "4.5" is 4). Raises error 13
+// for text that is not a number and error 6 when the rounded value does not
 // fit in 16 bits.
 Int16 parseInt16(std::string_view text);
 

@@ -172,7 +172,7 @@ void Form2::Expl_Back_Click()
 void Form2::Command3_Click()
 {
     // Modeless: a second request only brings the open confirmation forward.
-    if (!app_.windows.Dialog2)
+    if (!app_.windows.Dialog2 || app_.windows.Dialog2->isHidden())
         app_.windows.Dialog2 = new Dialog2(app_);
     app_.windows.Dialog2->show();
     app_.windows.Dialog2->raise();

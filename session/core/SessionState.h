@@ -24,8 +24,7 @@ struct SessionState {
     Int16 TimeHours = 0;
     Int16 TimeMinutes = 0;
     Int16 TimeSeconds = 0;
-    bool TestStarted = false;
-    bool SaveAllowed = false; // the flag that allows saving progress
+    bool TestStarted = false; // a test was started: leaving or ending it offers to save progress
 };
 
 } // namespace kesta

@@ -89,8 +89,8 @@ void Dialog1::OKButton_Click()
 
 void Dialog1::CancelButton_Click()
 {
-    // The caller still holds this dialog: close it, its owner deletes it.
-    close();
+    // Shown modally: ending the dialog returns to its opener, which unloads it.
+    QDialog::reject();
 }
 
 Dialog2::Dialog2(App& app)
@@ -141,12 +141,12 @@ Form3::Form3(App& app)
 void Form3::OKButton_Click()
 {
     app_.windows.form1->Save_Progress_Click();
-    close();
+    accept();
 }
 
 void Form3::CancelButton_Click()
 {
-    close();
+    QDialog::reject();
 }
 
 } // namespace kesta

@@ -22,6 +22,10 @@ public:
 protected:
     ConfirmDialog(App& app, const char* name, const char* title, const char* label, const char* okCaption,
         const char* cancelCaption);
+    // Esc and the title bar's close box answer as the No or Cancel button
+    // does, so the dialog is unloaded and the next one loads its texts afresh.
+    void reject() override { answerNo(); }
+    virtual void answerNo() = 0;
     App& app_;
 };
 
@@ -32,6 +36,9 @@ public:
     explicit Dialog(App& app);
     void OKButton_Click();
     void CancelButton_Click();
+
+private:
+    void answerNo() override { CancelButton_Click(); }
 };
 
 // Leaves the program, offering to save progress first.
@@ -42,6 +49,9 @@ public:
     bool TerminateOK = false; // read by the main window's close handler
     void OKButton_Click();
     void CancelButton_Click();
+
+private:
+    void answerNo() override { CancelButton_Click(); }
 };
 
 // Closes the results window and resets the test.
@@ -53,6 +63,9 @@ public:
     QPushButton* Command2 = nullptr; // "OK"
     void Command2_Click();
     void Command1_Click();
+
+private:
+    void answerNo() override { Command1_Click(); }
 };
 
 // Asks whether to save progress before the test is lost.
@@ -62,6 +75,9 @@ public:
     explicit Form3(App& app);
     void OKButton_Click();
     void CancelButton_Click();
+
+private:
+    void answerNo() override { CancelButton_Click(); }
 };
 
 } // namespace kesta

@@ -268,8 +268,9 @@ void Form1::Finish_Click()
 void Form1::EndExam_Click()
 {
     trap("EndExam_Click()", [&] {
-        // Modeless: the test and its countdown go on while the question is open.
-        if (!app_.windows.Dialog)
+        // Modeless: the test and its countdown go on while the question is
+        // open. An open one comes forward; a closed one is loaded afresh.
+        if (!app_.windows.Dialog || app_.windows.Dialog->isHidden())
             app_.windows.Dialog = new Dialog(app_);
         app_.windows.Dialog->show();
         app_.windows.Dialog->raise();
