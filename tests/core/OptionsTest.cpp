@@ -1,61 +1,66 @@
 #include "app/core/Options.h"
-#include "common/core/RuntimeError.h"
+
+#include "support/Checks.h"
+#include "support/DataTreeTest.h"
 
 #include <gtest/gtest.h>
-
-#include <tuple>
 
 namespace kesta {
 namespace {
 
-// Parses `text` into options that all start at 9: the error number (0 for none) and values 1..6.
-std::string parsed(std::string_view text)
-{
-    UserOptions o;
-    for (int k = 0; k <= 6; ++k)
-        o.values[k] = 9;
-    std::string result;
-    try {
-        parseOptions(text, o);
-        result = "0";
-    } catch (const RuntimeError& error) {
-        result = std::to_string(error.number());
-    }
-    for (int k = 1; k <= 6; ++k)
-        result += " " + std::to_string(o.values[k]);
-    return result;
-}
+class OptionsTest : public test::DataTreeTest {};
 
-TEST(OptionsTest, TheDefaultTextGivesTheDefaultsAndFormatsBackByteForByte)
+// Each file is read into options that all start at 9: what the options then
+// hold, the notice shown, and the file left behind. A file that cannot be
+// read is replaced by the defaults after the notice; values read before the
+// failure are overwritten by the second reading.
+TEST_F(OptionsTest, AReadableFileIsTakenAsItStandsAndAnyOtherIsReplacedByTheDefaults)
 {
-    UserOptions o;
-    parseOptions(DefaultOptionsText, o);
-    EXPECT_EQ(formatOptions(o), "1\r\n0\r\n0\r\n1\r\n30\r\n5");
-    EXPECT_EQ(parsed(DefaultOptionsText), "0 1 0 0 1 30 5");
-    parseOptions("7\n-3\r 2 \r\n0\r\n59\r\n20\r\nnot a number\r\n", o);
-    EXPECT_EQ(formatOptions(o), "7\r\n-3\r\n2\r\n0\r\n59\r\n20");
-}
-
-TEST(OptionsTest, AnySixteenBitValueParsesAndDamagedFilesKeepWhatWasReadBefore)
-{
-    const std::pair<const char*, std::string> cases[] = {
-        {"32767\r\n-32768\r\n0\r\n0\r\n0\r\n20\r\nextra", "0 32767 -32768 0 0 0 20"},
-        {"1\r\n2\r\n3\r\n4\r\n5", std::to_string(err::InputPastEnd) + " 1 2 3 4 5 9"},
-        {"1\r\n2\r\n3\r\n4\r\n5\r\n", std::to_string(err::InputPastEnd) + " 1 2 3 4 5 9"},
-        {"", std::to_string(err::InputPastEnd) + " 9 9 9 9 9 9"},
-        {"1\r\n0\r\nten\r\n1\r\n30\r\n5", std::to_string(err::TypeMismatch) + " 1 0 9 9 9 9"},
-        {"1\r\n\r\n0\r\n1\r\n30\r\n5", std::to_string(err::TypeMismatch) + " 1 9 9 9 9 9"},
-        {"1\r\n0\r\n0\r\n40000\r\n30\r\n5", std::to_string(err::Overflow) + " 1 0 0 9 9 9"},
+    const std::string defaults(DefaultOptionsText), notice = "1 [KESTA DEMO] ";
+    const struct {
+        const char* content; // null: no file
+        std::string values, shown, left;
+    } cases[] = {
+        {"7\n-3\r 2 \r\n0\r\n59\r\n20\r\nnot a number", "7 -3 2 0 59 20", "0 ", ""},
+        {"32767\r\n-32768\r\n5.0\r\n5.5\r\n4.5\r\n-0.5", "32767 -32768 5 6 4 0", "0 ", ""},
+        {nullptr, "1 0 0 1 30 5", notice, defaults},
+        {"1\r\n2\r\n3\r\n4\r\n5", "1 0 0 1 30 5", notice, defaults},
+        {"1\r\n2\r\n3\r\n4\r\n5\r\n", "1 0 0 1 30 5", notice, defaults},
+        {"", "1 0 0 1 30 5", notice, defaults},
+        {"1\r\n0\r\nten\r\n1\r\n30\r\n5", "1 0 0 1 30 5", notice, defaults},
+        {"1\r\n\r\n0\r\n1\r\n30\r\n5", "1 0 0 1 30 5", notice, defaults},
+        {"1\r\n0\r\n0\r\n40000\r\n30\r\n5", "1 0 0 1 30 5", notice, defaults},
     };
-    for (const auto& [text, result] : cases)
-        EXPECT_EQ(parsed(text), result) << text;
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.content ? c.content : "no file");
+        std::filesystem::remove(user("option.usr"));
+        if (c.content)
+            test::writeFile(user("option.usr"), c.content);
+        host.messages.clear();
+        for (int k = 0; k <= 6; ++k)
+            options.values[k] = 9;
+        ReadOptions(host, folders, options);
+        std::string values;
+        for (int k = 1; k <= 6; ++k)
+            values += (k > 1 ? " " : "") + std::to_string(options.values[k]);
+        std::string shown = std::to_string(host.messages.size()) + " ";
+        for (const auto& m : host.messages)
+            shown += "[" + m.title + "] " + (m.text == CorruptOptionsText ? "" : m.text);
+        EXPECT_EQ(values + "|" + shown + "|" + test::readFile(user("option.usr")),
+                  c.values + "|" + c.shown + "|" + (c.left.empty() ? c.content : c.left));
+        EXPECT_EQ(options.values[0], 9);
+    }
+    EXPECT_EQ(formatOptions(options), defaults);
 }
 
-TEST(OptionsTest, AListShowsOnlyTheValuesItOffers)
+TEST_F(OptionsTest, TheWrittenFileIsSixLinesAndAListShowsOnlyTheValuesItOffers)
 {
+    for (int k = 1; k <= 6; ++k)
+        options.values[k] = static_cast<Int16>(k * 11 - 40);
+    EXPECT_EQ(formatOptions(options), "-29\r\n-18\r\n-7\r\n4\r\n15\r\n26");
     for (const auto& [value, last, text] : {std::tuple{0, FontSizeLast, "0"}, {12, FontSizeLast, "12"},
                                            {13, FontSizeLast, ""}, {-1, HoursLast, ""}, {24, HoursLast, "24"},
-                                           {59, SecondsLast, "59"}})
+                                           {25, HoursLast, ""}, {59, SecondsLast, "59"}, {60, MinutesLast, ""}})
         EXPECT_EQ(listText(value, last), text) << value;
 }
 

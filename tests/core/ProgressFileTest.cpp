@@ -1,26 +1,18 @@
 #include "progress/core/ProgressFile.h"
 
-#include "common/core/RuntimeError.h"
+#include "support/Checks.h"
 #include "support/TempDir.h"
 
-#include <array>
-#include <filesystem>
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <tuple>
+
+#include <filesystem>
 
 namespace kesta {
 namespace {
 
 using test::writeFile;
 
-// Matches a call that raises the run-time error `number`.
-auto raises(int number)
-{
-    return ::testing::Throws<RuntimeError>(::testing::Property(&RuntimeError::number, number));
-}
-
-// A session of `count` questions in order count..1, answered "abcdabcd..."; time 1:30:05, at 3 of 4.
+// A session of `count` questions in order count..1, answered "abcdabcd..."; time 1:30:05, at 3, furthest 4.
 SessionState sessionOf(int count)
 {
     SessionState s;
@@ -36,40 +28,36 @@ SessionState sessionOf(int count)
     return s;
 }
 
-TEST(ProgressTextTest, WritesTheDocumentedExampleByteForByte)
+TEST(ProgressFileTest, FieldsArePaddedWithSignedComparisonsAndNeverCut)
 {
     SessionState s = sessionOf(4);
-    for (int p = 1; p <= 4; ++p)
-        s.QuestionOrder[p] = std::array<Int16, 4>{2, 4, 1, 3}[static_cast<std::size_t>(p - 1)];
-    s.UserAnswers[1] = "b";
-    s.UserAnswers[2] = "a";
-    s.UserAnswers[4] = "";
-    EXPECT_EQ(progressText(s, 4), "013000300405\r\n002004001003\r\nbac");
-    EXPECT_EQ(progressText(SessionState{}, 0), "000000000000\r\n\r\n");
-    EXPECT_NO_THROW(progressText(SessionState{}, 1000));
-    EXPECT_THAT([] { progressText(SessionState{}, 1001); }, raises(err::SubscriptOutOfRange));
-}
-
-TEST(ProgressTextTest, PadsWithSignedComparisonsAndNeverCuts)
-{
-    const std::tuple<Int16, const char*, const char*> cases[] = {
-        {0, "00", "000"}, {9, "09", "009"}, {10, "10", "010"}, {99, "99", "099"}, {100, "100", "100"},
-        {250, "250", "250"}, {1000, "1000", "1000"}, {-5, "0-5", "00-5"}, {-12, "0-12", "00-12"},
-    };
-    for (const auto& [value, two, three] : cases) {
-        EXPECT_EQ(pad2(value), two);
-        EXPECT_EQ(pad3(value), three);
-    }
+    s.UserAnswers[3] = "";
+    EXPECT_EQ(progressText(s, 4), "013000300405\r\n004003002001\r\nabd");
+    s.TimeHours = 100;
+    s.CurrentQuestion = -5;
+    s.HighestReached = 250;
+    s.TimeSeconds = -12;
+    EXPECT_EQ(progressText(s, 0), "1003000-52500-12\r\n\r\n");
+    for (const auto& [value, two, three] : {std::tuple<Int16, const char*, const char*>{0, "00", "000"},
+                                           {9, "09", "009"}, {10, "10", "010"}, {99, "99", "099"}, {100, "100", "100"},
+                                           {1000, "1000", "1000"}, {-12, "0-12", "00-12"}})
+        EXPECT_EQ(pad2(value) + "|" + pad3(value), std::string(two) + "|" + three);
+    EXPECT_EQ(test::errorOf([] { progressText(SessionState{}, 1001); }), err::SubscriptOutOfRange);
 }
 
 class RestoreTest : public ::testing::Test {
 protected:
-    // Writes `text` as the progress file, reads and decodes it for `count` positions.
-    void restore(const std::string& text, int count)
+    // Writes `text` as the progress file, reads and decodes it for `count`
+    // positions over a session that holds stale answers, and describes it.
+    std::string restore(const std::string& text, int count)
     {
         writeFile(path, text);
-        readSavedChars(path, saved);
-        decodeSavedProgress(saved, static_cast<Int16>(count), session);
+        session.UserAnswers[count] = "stale";
+        return test::outcome([&] {
+            readSavedChars(path, saved);
+            decodeSavedProgress(saved, static_cast<Int16>(count), session);
+            return std::to_string(saved.SavedCharCount) + " " + progressText(session, static_cast<Int16>(count));
+        });
     }
 
     test::TempDir dir;
@@ -78,56 +66,36 @@ protected:
     SessionState session;
 };
 
-TEST_F(RestoreTest, RoundTripsASavedSessionAndSkipsSpaces)
+TEST_F(RestoreTest, ASavedSessionComesBackWithSpacesSkippedAndAnswersShiftedPastUnansweredPositions)
 {
-    const SessionState original = sessionOf(7);
-    std::string text = progressText(original, 7);
-    for (std::size_t i = 0; i < text.size(); i += 4)
-        text.insert(i, " ");
-    restore(text, 7);
-    EXPECT_EQ(saved.SavedCharCount, 14 + 21 + 2 + 7);
-    EXPECT_EQ(saved.SavedChars[12], "\r");
-    EXPECT_EQ(saved.SavedChars[13], "\n");
-    EXPECT_EQ(progressText(session, 7), progressText(original, 7));
-}
-
-TEST_F(RestoreTest, AnswersAfterAnUnansweredPositionMoveForward)
-{
-    SessionState original = sessionOf(4);
-    original.UserAnswers[2] = "";
-    session.UserAnswers[4] = "stale";
-    restore(progressText(original, 4), 4);
-    // Written "a", "", "c", "d": read back one slot earlier from position 2 on.
-    EXPECT_EQ(session.UserAnswers[1] + session.UserAnswers[2] + session.UserAnswers[3], "acd");
-    EXPECT_EQ(session.UserAnswers[4], "");
-}
-
-TEST_F(RestoreTest, FailuresCarryTheirRunTimeNumbers)
-{
-    const std::pair<std::string, int> cases[] = {
-        {"01x000300405\r\n002\r\na", 1}, {"013000300405\r\n0a2\r\na", 1},
-        {"0-5000300405\r\n\r\n", 0}, // a signed value with its zeros in front cannot be read back
-        {"013000300405\r\n002", 2},  // positions past the file read empty slots
+    const std::string text = progressText(sessionOf(7), 7);
+    std::string spaced = " ";
+    for (const char c : text)
+        spaced += std::string(1, c) + (c == '\r' ? "" : " ");
+    SessionState unanswered = sessionOf(4);
+    unanswered.UserAnswers[2] = "";
+    const std::tuple<std::string, int, std::string> cases[] = {
+        {spaced, 7, "44 " + text},
+        // Written "a", "", "c", "d": read back one slot earlier from position 2 on.
+        {progressText(unanswered, 4), 4, "31 013000300405\r\n004003002001\r\nacd"},
+        {"01x000300405\r\n002\r\na", 1, "error 13"}, {"013000300405\r\n0a2\r\na", 1, "error 13"},
+        {"0-5000300405\r\n\r\n", 0, "error 13"}, // a negative value with its zeros in front does not read back
+        {"013000300405\r\n002", 2, "error 13"},  // positions past the file read empty slots
     };
-    for (const auto& [text, count] : cases)
-        EXPECT_THAT([&] { restore(text, count); }, raises(err::TypeMismatch)) << text;
-
-    EXPECT_THAT([&] { readSavedChars(dir / "absent.usr", saved); }, raises(err::FileNotFound));
-    writeFile(dir / "elsewhere", "013000300405\r\n\r\n");
-    std::filesystem::create_symlink(dir / "elsewhere", dir / "link.usr");
-    EXPECT_THAT([&] { readSavedChars(dir / "link.usr", saved); }, raises(err::PathFileAccess));
+    for (const auto& [file, count, expected] : cases)
+        EXPECT_EQ(restore(file, count), expected) << file;
 }
 
-TEST_F(RestoreTest, AtMost1001CharactersAreStored)
+TEST_F(RestoreTest, AtMost1001CharactersAreStoredAndOnlyFromARegularSmallFile)
 {
     // 246 answered positions take 14 + 738 + 2 + 246 = 1000 characters.
     const std::string full = progressText(sessionOf(246), 246);
-    EXPECT_NO_THROW(restore(full, 246));
-    EXPECT_EQ(session.QuestionOrder[246], 1);
-    EXPECT_EQ(session.UserAnswers[246], "b");
-    EXPECT_NO_THROW(restore(full + "x" + std::string(50, ' '), 246)); // spaces do not count
-    EXPECT_EQ(saved.SavedCharCount, 1001);
-    EXPECT_THAT([&] { restore(progressText(sessionOf(247), 247), 247); }, raises(err::SubscriptOutOfRange));
+    EXPECT_EQ(restore(full + "x" + std::string(50, ' '), 246).substr(0, 5), "1001 ");
+    EXPECT_EQ(restore(progressText(sessionOf(247), 247), 247), "error 9");
+    EXPECT_EQ(test::errorOf([&] { readSavedChars(dir / "absent.usr", saved); }), err::FileNotFound);
+    writeFile(dir / "elsewhere", full);
+    std::filesystem::create_symlink(dir / "elsewhere", dir / "link.usr");
+    EXPECT_EQ(test::errorOf([&] { readSavedChars(dir / "link.usr", saved); }), err::PathFileAccess);
 }
 
 } // namespace

@@ -1,37 +1,36 @@
 #include "questions/core/QuestionLoader.h"
 
-#include "common/core/RuntimeError.h"
 #include "questions/core/Cipher.h"
+#include "support/Checks.h"
 #include "support/TempDir.h"
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <memory>
-#include <tuple>
 
 namespace kesta {
 namespace {
 
 using Lines = std::vector<std::string>;
 
-// Records what a load shows, in order.
+// Records what a load shows: the first progress value, the last, and the rest in order.
 struct RecordingObserver final : LoadObserver {
-    void progressShown(bool shown) override { events.push_back(shown ? "shown" : "hidden"); }
+    void progressShown(bool shown) override { events += shown ? "shown " : "hidden "; }
     void progress(int value) override
     {
         if (values.empty())
-            events.push_back("progress " + std::to_string(value));
+            events += "progress " + std::to_string(value) + " ";
         values.push_back(value);
     }
-    void status(const std::string& text) override { events.push_back("status " + text); }
-    void introduction(const std::string& text) override { events.push_back("page " + text); }
-    Lines events;
+    void status(const std::string& text) override { events += "[" + text + "] "; }
+    void introduction(const std::string& text) override { events += "page " + text + " "; }
+    std::string events;
     std::vector<int> values;
 };
 
-// Enciphers each line ("#" kept as the marker, "=" writes the rest verbatim,
-// empty stays empty) and ends line i with ends[i % size]; the last line too unless `endLast` is false.
+// Enciphers each line ("#" kept as the marker, "=" writes the rest as it
+// stands, empty stays empty) and ends line i with ends[i % size]; the last
+// line too unless `endLast` is false.
 std::string bankText(const Lines& lines, const Lines& ends = {"\r\n"}, bool endLast = true)
 {
     std::string content;
@@ -40,8 +39,7 @@ std::string bankText(const Lines& lines, const Lines& ends = {"\r\n"}, bool endL
         if (!line.empty() && line[0] == '=')
             content += line.substr(1);
         else if (!line.empty())
-            content += (line[0] == '#' ? "#" + EncryptString(line.substr(1), QuestionPassPhrase)
-                                       : EncryptString(line, QuestionPassPhrase));
+            content += (line[0] == '#' ? "#" : "") + EncryptString(line.substr(line[0] == '#'), QuestionPassPhrase);
         if (endLast || i + 1 < lines.size())
             content += ends[i % ends.size()];
     }
@@ -50,161 +48,141 @@ std::string bankText(const Lines& lines, const Lines& ends = {"\r\n"}, bool endL
 
 Lines withHeader(Lines body)
 {
-    body.insert(body.begin(), {"Title", "Intro one", "Intro two", "Intro three"});
+    body.insert(body.begin(), {"Title", "I1", "I2", "I3"});
     return body;
 }
 
-const std::string intro = "Intro one\r\n\r\nIntro two\r\n\r\nIntro three";
-
 class QuestionLoaderTest : public ::testing::Test {
 protected:
-    // Loads the lines into a fresh list with a fresh observer.
-    LoadResult load(const Lines& lines, const Lines& ends = {"\r\n"}, bool endLast = true)
+    // Loads the text into a list whose record 3 holds a question from before,
+    // and describes the whole outcome: the count, the warnings, the title, the
+    // records, the events, or the run-time error raised.
+    std::string load(const std::string& content)
     {
-        test::writeFile(path, bankText(lines, ends, endLast));
         list = std::make_unique<QuestionList>();
+        list->Questions[3].Question = "earlier";
         observer = RecordingObserver();
-        return loadFile();
+        return test::outcome([&] {
+            const LoadResult r = LoadQuestionText(content, *list, observer, decipherWith(QuestionPassPhrase));
+            std::string out = std::to_string(list->QuestionCount) + (r.tooManyLines ? " lines" : "") +
+                              (r.tooManyQuestions ? " questions" : "") + (r.corrupt() ? " corrupt" : "") + " bad";
+            for (const int k : r.badAnswers)
+                out += " " + std::to_string(k);
+            out += " title " + r.title.value_or("none") + "\n";
+            for (int k = 0; k <= std::min<int>(list->QuestionCount + 1, 3); ++k) {
+                const QuestionRecord& q = list->Questions[k];
+                out += q.Intro + "|" + q.Question + "|" + q.Explanation + "|" + q.Answer + "\n";
+            }
+            return out + observer.events;
+        });
     }
-    LoadResult loadFile() { return LoadQuestionFile(path, *list, observer, decipherWith(std::string(QuestionPassPhrase))); }
-    // Record k as "question | explanation | answer".
-    std::string q(int k) const
+    std::string load(const Lines& lines, const Lines& ends = {"\r\n"}, bool endLast = true)
     {
-        const QuestionRecord& r = list->Questions[k];
-        return r.Question + " | " + r.Explanation + " | " + r.Answer;
+        return load(bankText(lines, ends, endLast));
     }
 
-    test::TempDir dir;
-    std::string path = dir / "bank.kqb";
     std::unique_ptr<QuestionList> list = std::make_unique<QuestionList>();
     RecordingObserver observer;
 };
 
-TEST_F(QuestionLoaderTest, ReadsTitleIntroAndQuestionBlocks)
-{
-    EXPECT_FALSE(load(withHeader({"plain before any question is ignored", "#First question", "a) one", "#Explanation",
-                                  "Second paragraph", "#  b ", "after the answer: ignored", "#Second", "#Why", "#c"}))
-                     .corrupt());
-    EXPECT_EQ(list->QuestionCount, 2);
-    EXPECT_EQ(list->Questions[1].Intro, intro);
-    EXPECT_EQ(list->Questions[2].Intro, "");
-    EXPECT_EQ(q(1), "First question\r\na) one | Explanation\r\n\r\nSecond paragraph | b");
-    EXPECT_EQ(q(2), "Second | Why | c");
+const std::string intro = "I1\r\n\r\nI2\r\n\r\nI3";
+const std::string shown = "progress 1 shown [" + std::string(LoadingText) + "] page " + intro + " [Ready] hidden ";
 
-    // A bare break explanation names the untrimmed answer, except for the last question.
-    load(withHeader({"#Q1", "#<br><br>", "#b ", "#Q2", "#<br><br>", "#c", "#Q3", "#<br><br>", "#d"}));
-    EXPECT_EQ(q(1), "Q1 | The correct answer is b .<br><br> | b");
-    EXPECT_EQ(q(2), "Q2 | The correct answer is c.<br><br> | c");
-    EXPECT_EQ(q(3), "Q3 | <br><br> | d");
+TEST_F(QuestionLoaderTest, ReadsHeaderAndQuestionBlocksIntoRecords)
+{
+    const std::pair<Lines, std::string> cases[] = {
+        {withHeader({"plain before a question", "#First", "a) one", "#Expl", "more", "#  b ", "after the answer",
+                     "#Second", "#Why", "#c"}),
+         "2 bad title Title\n|||\n" + intro + "|First\r\na) one|Expl\r\n\r\nmore|b\n|Second|Why|c\n|earlier||\n"},
+        // A bare break explanation names the untrimmed answer, but not in the last question.
+        {withHeader({"#Q1", "#<br><br>", "#b ", "#Q2", "#<br><br>", "#c"}),
+         "2 bad title Title\n|||\n" + intro + "|Q1|The correct answer is b .<br><br>|b\n|Q2|<br><br>|c\n|earlier||\n"},
+        // A file ending inside a block gives its last question what was read before.
+        {withHeader({"#Q1", "#E1", "#a", "#Q2", "more"}),
+         "2 bad title Title\n|||\n" + intro + "|Q1|E1|a\n|Q2\r\nmore|E1|a\n|earlier||\n"},
+        // Empty lines are no header lines; marked header lines count; the title is only the first line.
+        {{"", "Title", "#I1", "", "I2", "I3", "#Q", "", "#E", "#a"},
+         "1 bad title none\n|||\n" + intro + "|Q|E|a\n|||\n"},
+        {{"#Title", "I1", "I2", "I3", "plain body line"}, "0 bad title none\n|||\n" + intro + "|||\n"},
+        {{}, "0 bad title none\n|||\n|||\n"},
+        {withHeader({"#Q", "#E", "#ab", "#Q2", "#E", "#   ", "#Q3", "#E", "=#" + std::string(62, '0'), "#Q4", "#E",
+                     "#\xF0\x9F\x98\x80", "#Q5", "#E", "#\xC3\xA9"}),
+         "5 corrupt bad 1 2 3 4 title Title\n|||\n" + intro + "|Q|E|ab\n|Q2|E|\n|Q3|E|\n"},
+        {withHeader({"#Q", "=#XYZ"}), "error 13"},
+    };
+    for (const auto& [lines, expected] : cases) {
+        SCOPED_TRACE(lines.size());
+        std::string got = load(lines);
+        EXPECT_EQ(got.substr(0, got.find("progress 1")), expected);
+    }
+    load(withHeader({"#Q", "#E", "#a"}));
+    EXPECT_EQ(observer.events, shown);
 }
 
-TEST_F(QuestionLoaderTest, IntroIsTheNextThreeNonEmptyLinesMarkedOrNot)
+TEST_F(QuestionLoaderTest, CrLfCrAndLfAllEndLinesAndTabsWidenOnlyOnThePage)
 {
-    load({"Title", "", "#Intro\twith tab", "", "two", "", "", "three", "", "#Q", "", "#E", "#a"});
-    EXPECT_EQ(observer.events, (Lines{"progress 1", "shown", "status " + std::string(LoadingText),
-                                      "page Intro   with tab\r\n\r\ntwo\r\n\r\nthree", "status Ready", "hidden"}));
-    EXPECT_EQ(list->Questions[1].Intro, "Intro\twith tab\r\n\r\ntwo\r\n\r\nthree");
-    EXPECT_EQ(q(1), "Q | E | a");
-
-    // Without a body no question loads, but the intro is shown; the list is filled, not cleared.
-    list->Questions[3].Question = "left from before";
-    test::writeFile(path, bankText(withHeader({"plain body line"})));
-    observer = RecordingObserver();
-    EXPECT_FALSE(loadFile().corrupt());
-    EXPECT_EQ(list->QuestionCount, 0);
-    EXPECT_EQ(observer.events.at(3), "page " + intro);
-    EXPECT_EQ(list->Questions[3].Question, "left from before");
-    load({});
-    EXPECT_EQ(list->QuestionCount, 0);
-}
-
-TEST_F(QuestionLoaderTest, ProgressCountsOneRoundMoreThanLinesAndStopsAt100)
-{
-    for (const int n : {1, 97, 98, 150}) {
-        SCOPED_TRACE(n);
-        Lines lines(static_cast<std::size_t>(n));
-        lines[0] = "Title";
-        load(lines);
-        EXPECT_EQ(observer.values.back(), std::min(n + 2, 100));
-        EXPECT_EQ(observer.values.size(), static_cast<std::size_t>(std::min(n + 1, 99)) + 1);
+    const std::string expected = "1 bad title Title\n|||\nI\tone\r\n\r\nI2\r\n\r\nI3|Q\r\na) x|E|a\n|||\n";
+    for (const Lines& ends : {Lines{"\r\n"}, Lines{"\r"}, Lines{"\n"}, Lines{"\r\n", "\n", "\r", "\n\r\n"}}) {
+        EXPECT_EQ(load({"Title", "I\tone", "I2", "I3", "#Q", "a) x", "", "#E", "#a"}, ends, ends.size() == 1),
+                  expected + "progress 1 shown [" + LoadingText + "] page I   one\r\n\r\nI2\r\n\r\nI3 [Ready] hidden ");
     }
 }
 
-TEST_F(QuestionLoaderTest, AnswersMustBeOneCharacter)
+TEST_F(QuestionLoaderTest, ProgressCountsOneRoundMoreThanLinesUpTo100)
 {
-    const std::pair<std::string, bool> cases[] = {
-        {"#b", false}, {"# b ", false}, {"#\xC3\xA9", false}, {"#ab", true}, {"#   ", true},
-        {"#\xF0\x9F\x98\x80", true},         // two UTF-16 units
-        {"=#" + std::string(62, '0'), true}, // deciphers to nothing: 31 bytes are no whole block
-    };
-    for (const auto& [answerLine, bad] : cases) {
-        SCOPED_TRACE(answerLine);
-        const LoadResult result = load(withHeader({"#Q1", "#E1", "#a", "#Q2", "#E2", answerLine, "#Q3", "#E3", "#c"}));
-        EXPECT_EQ(result.corrupt(), bad);
-        EXPECT_EQ(result.badAnswers, bad ? std::vector<int>{2} : std::vector<int>{});
+    for (const int n : {1, 97, 98, 150}) {
+        Lines lines(static_cast<std::size_t>(n));
+        lines[0] = "Title";
+        load(lines);
+        EXPECT_EQ(observer.values.back(), std::min(n + 2, 100)) << n;
+        EXPECT_EQ(observer.values.size(), static_cast<std::size_t>(std::min(n + 1, 99)) + 1) << n;
     }
 }
 
 TEST_F(QuestionLoaderTest, AThousandQuestionsLoadSilentlyAndMoreRunIntoTheLast)
 {
     Lines lines = withHeader({});
-    for (int k = 1; k <= 1000; ++k)
+    for (int k = 1; k <= 1001; ++k)
         lines.insert(lines.end(), {"#Q" + std::to_string(k), "a) " + std::to_string(k), "#E" + std::to_string(k), "#a"});
-    EXPECT_FALSE(load(lines).corrupt());
-    EXPECT_EQ(list->QuestionCount, 1000);
-    EXPECT_EQ(q(1000), "Q1000\r\na) 1000 | E1000 | a");
-
-    lines.insert(lines.end(), {"#Q1001", "a) 1001", "#E1001", "#b"});
-    const LoadResult result = load(lines);
-    EXPECT_TRUE(result.tooManyQuestions);
-    EXPECT_FALSE(result.tooManyLines);
-    EXPECT_TRUE(result.badAnswers.empty());
-    EXPECT_EQ(list->QuestionCount, 1000);
-    EXPECT_EQ(q(1000), "Q1000\r\na) 1000\r\na) 1001 | E1001 | b");
+    lines.back() = "#b";
+    const std::string more = load(lines);
+    EXPECT_EQ(more.substr(0, more.find('\n')), "1000 questions corrupt bad title Title");
+    EXPECT_EQ(list->Questions[1000].Question + "|" + list->Questions[1000].Explanation + list->Questions[1000].Answer,
+              "Q1000\r\na) 1000\r\na) 1001|E1001b");
+    lines.resize(lines.size() - 4);
+    const std::string exact = load(lines);
+    EXPECT_EQ(exact.substr(0, exact.find('\n')), "1000 bad title Title");
 }
 
-TEST_F(QuestionLoaderTest, TenThousandLinesOrMoreAreCorruptAndOnlyTheLastLineSurvives)
+TEST_F(QuestionLoaderTest, OfTenThousandLinesOrMoreOnlyTheLastSurvivesPastLine9999)
 {
-    // After line 9999, the explanation: nothing; the last line; the last of four; an empty last line.
-    const std::tuple<Lines, bool, std::string> cases[] = {{{}, false, ""}, {{"#a"}, true, "a"},
-                                                          {{"#lost", "lost too", "", "#z"}, true, "z"},
-                                                          {{"#lost", ""}, true, ""}};
-    for (const auto& [tail, tooMany, answer] : cases) {
-        SCOPED_TRACE(tail.size());
+    // After line 9999, the explanation: nothing, the last line, the last of four, an empty last line.
+    const std::pair<Lines, std::string> cases[] = {
+        {{}, "1 corrupt bad 1"}, {{"#a"}, "1 lines corrupt bad"}, {{"#lost", "lost too", "", "#z"}, "1 lines corrupt bad"},
+        {{"#lost", ""}, "1 lines corrupt bad 1"}};
+    for (const auto& [tail, expected] : cases) {
         Lines lines = withHeader({"#Q"});
         lines.resize(9998);
         lines.push_back("#E");
         lines.insert(lines.end(), tail.begin(), tail.end());
-        EXPECT_EQ(load(lines).tooManyLines, tooMany);
+        const std::string got = load(lines);
+        EXPECT_EQ(got.substr(0, got.find(" title")), expected);
+        EXPECT_EQ(list->Questions[1].Answer, tail.empty() || tail.back().empty() ? "" : tail.back().substr(1));
         EXPECT_EQ(observer.values.back(), 100);
-        EXPECT_EQ(q(1), "Q | E | " + answer);
     }
 }
 
-TEST_F(QuestionLoaderTest, CrLfCrAndLfAllEndLines)
+TEST_F(QuestionLoaderTest, AFileIsReadWholeThroughTheOneReader)
 {
-    for (const Lines& ends : {Lines{"\r\n"}, Lines{"\r"}, Lines{"\n"}, Lines{"\r\n", "\n", "\r", "\n\r\n"}}) {
-        load(withHeader({"#Q", "a) x", "", "#E", "#a"}), ends, ends.size() == 1);
-        EXPECT_EQ(list->QuestionCount, 1);
-        EXPECT_EQ(q(1), "Q\r\na) x | E | a");
-    }
-    EXPECT_EQ(SplitFileLines("a\r\n\r\nb\n\rc\r"), (std::vector<std::string_view>{"a", "", "b", "", "c"}));
-}
-
-TEST_F(QuestionLoaderTest, FailuresReachTheCaller)
-{
-    const auto errorOf = [](const std::function<void()>& body) {
-        try {
-            body();
-        } catch (const RuntimeError& error) {
-            return error.number();
-        }
-        return 0;
+    test::TempDir dir;
+    test::writeFile(dir / "bank.kqb", bankText(withHeader({"#Q", "#E", "#a"})));
+    auto read = [&](const std::string& path) {
+        return test::errorOf([&] { LoadQuestionFile(path, *list, observer, decipherWith(QuestionPassPhrase)); });
     };
-    test::writeFile(path, bankText({"Title", "=#XYZ"}));
-    EXPECT_EQ(errorOf([&] { loadFile(); }), err::TypeMismatch);
-    EXPECT_EQ(errorOf([&] { LoadQuestionFile(dir / "missing.kqb", *list, observer, decipherWith("k")); }),
-              err::FileNotFound);
+    EXPECT_EQ(read(dir / "bank.kqb"), 0);
+    EXPECT_EQ(list->Questions[1].Question, "Q");
+    EXPECT_EQ(read(dir / "missing.kqb"), err::FileNotFound);
+    EXPECT_EQ(read(dir.path()), err::PathFileAccess);
 }
 
 } // namespace
