@@ -70,6 +70,13 @@ Result trapNonFatal(ErrorReporter& reporter, const std::string& routineName, Res
     return fallback;
 }
 
+// The same for a routine that returns nothing.
+template <typename Body>
+void trapNonFatal(ErrorReporter& reporter, const std::string& routineName, Body&& body)
+{
+    trapNonFatal(reporter, routineName, true, [&] { return std::forward<Body>(body)(), true; });
+}
+
 // The default failure path for routines without a trap of their own: the
 // "Run-time error" box with number and description, then the process ends
 // with a non-zero status. Nothing is logged.

@@ -73,7 +73,7 @@ std::string FileNameOf(const std::string& path)
 
 void ProgramData::DeleteFile(const std::string& path)
 {
-    trapNonFatal(reporter_, "DeleteFile", 0, [&] {
+    trapNonFatal(reporter_, "DeleteFile", [&] {
         const std::string name = FileNameOf(path);
         if (name.find_first_of("*?") == std::string::npos) {
             if (fs::is_directory(fs::symlink_status(path)))
@@ -81,7 +81,7 @@ void ProgramData::DeleteFile(const std::string& path)
             std::error_code code;
             if (!fs::remove(path, code))
                 raiseFs(code ? code : std::make_error_code(std::errc::no_such_file_or_directory));
-            return 0;
+            return;
         }
         const std::string folder = path.substr(0, path.size() - name.size());
         std::vector<fs::path> doomed;
@@ -98,17 +98,15 @@ void ProgramData::DeleteFile(const std::string& path)
             if (!fs::remove(file, code))
                 raiseFs(code);
         }
-        return 0;
     });
 }
 
 void ProgramData::Move_File(const std::string& source, const std::string& destination)
 {
-    trapNonFatal(reporter_, "Move_File", 0, [&] {
+    trapNonFatal(reporter_, "Move_File", [&] {
         // As the platform's copy does, the destination keeps the source's
         // modification time: the score menu shows when each score was saved.
         safefile::move(source, destination);
-        return 0;
     });
 }
 
@@ -138,13 +136,12 @@ bool ProgramData::Dir_Exists(const std::string& path)
 
 void ProgramData::Write_HTML(std::string& text, const std::string& /*path*/)
 {
-    trapNonFatal(reporter_, "Write_HTML", 0, [&] {
+    trapNonFatal(reporter_, "Write_HTML", [&] {
         const Int16 size = options_.fontSize();
         if (size != 0)
             text = "<font size=" + std::to_string(size) + ">\r\n" + text + "\r\n</font>";
         // A page is rewritten for every question; losing one to a power cut costs nothing.
         safefile::replace(folders_.pagePath(), text + "\r\n", {.durable = false});
-        return 0;
     });
 }
 

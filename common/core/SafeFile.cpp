@@ -1,20 +1,14 @@
 #include "common/core/SafeFile.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <csignal>
-#include <cstring>
 #include <utility>
 
-#ifdef _WIN32
-#include <filesystem>
-#include <fstream>
-#include <sstream>
-#else
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
-#endif
 
 namespace kesta::safefile {
 
@@ -29,16 +23,9 @@ std::string folderPart(const std::string& path)
     return slash == std::string::npos ? std::string() : path.substr(0, slash + 1);
 }
 
-} // namespace
-
-#ifndef _WIN32
-
-namespace {
-
-// The temporary file being written, for the signal handler: a fixed buffer,
-// since a handler may not allocate.
-char pendingTemporary[4096];
-volatile std::sig_atomic_t pendingValid = 0;
+// The temporary file being written, for the signal handler; a lock-free
+// atomic is safe to read there.
+std::atomic<const char*> pendingTemporary{nullptr};
 
 [[noreturn]] void raiseFor(int code)
 {
@@ -55,11 +42,7 @@ public:
     explicit Fd(int fd) : fd_(fd) {}
     Fd(const Fd&) = delete;
     Fd& operator=(const Fd&) = delete;
-    ~Fd()
-    {
-        if (fd_ >= 0)
-            ::close(fd_);
-    }
+    ~Fd() { ::close(fd_); } // closing -1 fails harmlessly
     int get() const { return fd_; }
     int release() { return std::exchange(fd_, -1); }
 
@@ -78,7 +61,7 @@ struct Opened {
 Opened openRegular(const std::string& path)
 {
     Fd fd(::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-    if (fd.get() < 0)
+    if (fd.get() == -1)
         raiseFor(errno);
     struct stat st {};
     if (::fstat(fd.get(), &st) != 0)
@@ -92,7 +75,7 @@ std::size_t readSome(int fd, char* into, std::size_t count)
 {
     for (;;) {
         const ssize_t n = ::read(fd, into, count);
-        if (n >= 0)
+        if (n != -1)
             return static_cast<std::size_t>(n);
         if (errno != EINTR)
             throw err::make(err::PathFileAccess);
@@ -107,12 +90,8 @@ std::string readOpened(Opened& file, std::size_t limit)
         throw err::make(err::SubscriptOutOfRange);
     std::string content(file.size, '\0');
     std::size_t got = 0;
-    while (got < content.size()) {
-        const std::size_t n = readSome(file.fd.get(), content.data() + got, content.size() - got);
-        if (n == 0)
-            break;
+    while (const std::size_t n = readSome(file.fd.get(), content.data() + got, content.size() - got))
         got += n;
-    }
     content.resize(got);
     return content;
 }
@@ -121,7 +100,7 @@ void writeAll(int fd, std::string_view bytes)
 {
     while (!bytes.empty()) {
         const ssize_t n = ::write(fd, bytes.data(), bytes.size());
-        if (n < 0) {
+        if (n == -1) {
             if (errno == EINTR)
                 continue;
             throw err::make(err::PathFileAccess);
@@ -148,39 +127,36 @@ void writeReplacing(const std::string& path, std::string_view bytes, Replace how
     struct stat st {};
     if (::stat(folder.empty() ? "." : folder.c_str(), &st) != 0 || !S_ISDIR(st.st_mode))
         throw err::make(err::PathNotFound);
-    const std::string temp = folder + "." + path.substr(folder.size()) + ".XXXXXX";
-    if (temp.size() >= sizeof pendingTemporary)
+    std::string temp = folder + "." + path.substr(folder.size()) + ".XXXXXX";
+    Fd fd(::mkstemp(temp.data()));
+    if (fd.get() == -1)
         throw err::make(err::PathFileAccess);
-    pendingValid = 0;
-    std::memcpy(pendingTemporary, temp.c_str(), temp.size() + 1);
-    Fd fd(::mkstemp(pendingTemporary));
-    if (fd.get() < 0)
-        throw err::make(err::PathFileAccess);
-    pendingValid = 1;
+    pendingTemporary = temp.c_str();
     try {
         // Only the file just made here has its mode set: never one found in place.
         if (::fchmod(fd.get(), creationMode(how.shared)) != 0)
             throw err::make(err::PathFileAccess);
         writeAll(fd.get(), bytes);
-        const struct timespec times[2] = {{0, UTIME_OMIT}, modified != nullptr ? *modified : timespec{0, UTIME_NOW}};
-        if (modified != nullptr && ::futimens(fd.get(), times) != 0)
-            throw err::make(err::PathFileAccess);
+        if (modified != nullptr) {
+            const struct timespec times[2] = {{0, UTIME_OMIT}, *modified};
+            if (::futimens(fd.get(), times) != 0)
+                throw err::make(err::PathFileAccess);
+        }
         if (how.durable && ::fsync(fd.get()) != 0)
             throw err::make(err::PathFileAccess);
-        if (::close(fd.release()) != 0 || ::rename(pendingTemporary, path.c_str()) != 0)
+        if (::close(fd.release()) != 0 || ::rename(temp.c_str(), path.c_str()) != 0)
             throw err::make(err::PathFileAccess);
     } catch (...) {
-        ::unlink(pendingTemporary);
-        pendingValid = 0;
+        ::unlink(temp.c_str());
+        pendingTemporary = nullptr;
         throw;
     }
-    pendingValid = 0;
+    pendingTemporary = nullptr;
     if (how.durable) {
         // The rename itself reaches the disk with the folder; a folder that
         // cannot be flushed leaves the new file in place all the same.
         Fd dir(::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-        if (dir.get() >= 0)
-            ::fsync(dir.get());
+        (void)::fsync(dir.get());
     }
 }
 
@@ -190,14 +166,14 @@ int openForAppend(const std::string& path, bool& created)
 {
     constexpr int flags = O_WRONLY | O_APPEND | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
     const int fd = ::open(path.c_str(), flags | O_CREAT | O_EXCL, 0666);
-    created = fd >= 0;
-    return fd >= 0 || errno != EEXIST ? fd : ::open(path.c_str(), flags);
+    created = fd != -1;
+    return created || errno != EEXIST ? fd : ::open(path.c_str(), flags);
 }
 
 void onSignal(int signal)
 {
-    if (pendingValid != 0)
-        ::unlink(pendingTemporary);
+    if (const char* temp = pendingTemporary.load())
+        ::unlink(temp);
     std::signal(signal, SIG_DFL);
     std::raise(signal);
 }
@@ -262,12 +238,12 @@ void append(const std::string& path, std::string_view bytes)
         bool created = false;
         Fd fd(openForAppend(path, created));
         struct stat st {};
-        const bool opened = fd.get() >= 0;
+        const bool opened = fd.get() != -1;
         if (!opened && errno != ELOOP && errno != ENXIO)
             raiseFor(errno == ENOENT ? ENOTDIR : errno);
         if (opened && ::fstat(fd.get(), &st) != 0)
             throw err::make(err::PathFileAccess);
-        if (!opened || !S_ISREG(st.st_mode) || st.st_nlink > 1) {
+        if (!S_ISREG(st.st_mode) || st.st_nlink > 1) { // also when not opened: `st` is still zero
             // A link, a pipe or a second name of another file: take the name back.
             if (::unlink(path.c_str()) != 0)
                 raiseFor(errno);
@@ -287,99 +263,5 @@ void removeTemporaryOnSignals()
     std::signal(SIGTERM, onSignal);
 }
 
-#else
-
-namespace {
-namespace fs = std::filesystem;
-
-void checkRegular(const std::string& path)
-{
-    std::error_code code;
-    const fs::file_status status = fs::symlink_status(path, code);
-    if (code || !fs::exists(status))
-        throw err::make(err::FileNotFound);
-    if (!fs::is_regular_file(status))
-        throw Refused();
-}
-} // namespace
-
-std::string read(const std::string& path, std::size_t limit)
-{
-    checkRegular(path);
-    if (fs::file_size(path) > limit)
-        throw err::make(err::SubscriptOutOfRange);
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream s;
-    s << in.rdbuf();
-    return s.str();
-}
-
-std::string readFirstLine(const std::string& path, std::size_t lineLimit, std::size_t fileLimit)
-{
-    checkRegular(path);
-    if (fs::file_size(path) > fileLimit)
-        throw Refused();
-    std::ifstream in(path, std::ios::binary);
-    std::string line;
-    char c = 0;
-    bool any = false;
-    while (in.get(c) && c != '\r' && c != '\n') {
-        any = true;
-        line.push_back(c);
-        if (line.size() > lineLimit)
-            throw Refused();
-    }
-    if (!any && !in)
-        throw err::make(err::InputPastEnd);
-    return line;
-}
-
-bool hasContent(const std::string& path)
-{
-    std::error_code code;
-    return fs::is_regular_file(fs::symlink_status(path, code)) && fs::file_size(path, code) > 0;
-}
-
-void replace(const std::string& path, std::string_view bytes, Replace)
-{
-    const std::string temp = folderPart(path) + "." + path.substr(folderPart(path).size()) + ".tmp";
-    {
-        std::ofstream out(temp, std::ios::binary | std::ios::trunc);
-        if (!out)
-            throw err::make(err::PathNotFound);
-        out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-        if (!out.flush())
-            throw err::make(err::PathFileAccess);
-    }
-    std::error_code code;
-    fs::rename(temp, path, code);
-    if (code) {
-        fs::remove(temp, code);
-        throw err::make(err::PathFileAccess);
-    }
-}
-
-void move(const std::string& source, const std::string& destination)
-{
-    const auto modified = fs::last_write_time(source);
-    replace(destination, read(source, SmallFileLimit));
-    fs::last_write_time(destination, modified);
-    if (!fs::remove(source))
-        throw err::make(err::FileNotFound);
-}
-
-void append(const std::string& path, std::string_view bytes)
-{
-    std::ofstream out(path, std::ios::binary | std::ios::app);
-    if (!out)
-        throw err::make(err::PathNotFound);
-    out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    if (!out)
-        throw err::make(err::PathFileAccess);
-}
-
-void removeTemporaryOnSignals() {}
-
-#endif
 
 } // namespace kesta::safefile

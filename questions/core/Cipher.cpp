@@ -6,6 +6,10 @@
 #include <array>
 #include <span>
 
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
 namespace kesta {
 
 namespace {
@@ -90,15 +94,24 @@ void appendUtf8From16le(std::string& out, std::span<const std::uint8_t> bytes)
 {
     const std::size_t units = bytes.size() / 2;
     auto unit = [&](std::size_t k) { return std::uint32_t{bytes[2 * k]} | (std::uint32_t{bytes[2 * k + 1]} << 8); };
-    // Question texts are mostly ASCII: a leading run of it is copied without
-    // growing the string a character at a time.
-    std::size_t k = 0;
-    while (k < units && unit(k) < 0x80)
-        ++k;
+    // Question texts are mostly ASCII: a leading run of it is copied eight
+    // units at a time, without growing the string a character at a time
+    // (-128 is 0xFF80: the bits of a UTF-16 unit above ASCII).
     const std::size_t at = out.size();
+    out.resize(at + units);
+    char* ascii = out.data() + at;
+    std::size_t k = 0;
+#ifdef __SSE2__
+    for (; k + 8 <= units; k += 8) {
+        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes.data() + 2 * k));
+        if (_mm_movemask_epi8(_mm_cmpeq_epi8(_mm_and_si128(v, _mm_set1_epi16(-128)), _mm_setzero_si128())) != 0xFFFF)
+            break;
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(ascii + k), _mm_packus_epi16(v, v));
+    }
+#endif
+    for (; k < units && unit(k) < 0x80; ++k)
+        ascii[k] = static_cast<char>(bytes[2 * k]);
     out.resize(at + k);
-    for (std::size_t i = 0; i < k; ++i)
-        out[at + i] = static_cast<char>(bytes[2 * i]);
     for (; k < units; ++k) {
         const std::uint32_t u = unit(k);
         if (u >= 0xD800 && u < 0xDC00 && k + 1 < units) {
@@ -128,6 +141,40 @@ constexpr std::array<std::int8_t, 256> hexDigits()
 
 constexpr std::array<std::int8_t, 256> HexTable = hexDigits();
 
+// Hex digit pairs to bytes; false when a character is no digit. The digits
+// are converted sixteen at a time where the processor allows.
+bool hexToBytes(const unsigned char* digits, std::size_t pairs, std::uint8_t* bytes)
+{
+    std::size_t k = 0;
+    int invalid = 0;
+#ifdef __SSE2__
+    auto within = [](__m128i v, char first, char last) {
+        return _mm_and_si128(_mm_cmpgt_epi8(v, _mm_set1_epi8(static_cast<char>(first - 1))),
+                             _mm_cmplt_epi8(v, _mm_set1_epi8(static_cast<char>(last + 1))));
+    };
+    for (; k + 8 <= pairs; k += 8) {
+        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(digits + 2 * k));
+        const __m128i lower = _mm_or_si128(v, _mm_set1_epi8(0x20));
+        const __m128i digit = within(v, '0', '9'), letter = within(lower, 'a', 'f');
+        invalid |= _mm_movemask_epi8(_mm_or_si128(digit, letter)) ^ 0xFFFF;
+        const __m128i value = _mm_or_si128(_mm_and_si128(digit, _mm_sub_epi8(v, _mm_set1_epi8('0'))),
+                                           _mm_and_si128(letter, _mm_sub_epi8(lower, _mm_set1_epi8('a' - 10))));
+        // Each 16-bit lane holds a pair: its first digit in the low byte.
+        const __m128i pair = _mm_or_si128(_mm_slli_epi16(_mm_and_si128(value, _mm_set1_epi16(0x00FF)), 4),
+                                          _mm_srli_epi16(value, 8));
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(bytes + k), _mm_packus_epi16(pair, pair));
+    }
+#endif
+    for (; k < pairs; ++k) {
+        const int high = HexTable[digits[2 * k]];
+        const int low = HexTable[digits[2 * k + 1]];
+        if ((high | low) < 0)
+            invalid = 1;
+        bytes[k] = static_cast<std::uint8_t>(high * 16 + low);
+    }
+    return invalid == 0;
+}
+
 } // namespace
 
 LineDecoder::LineDecoder(std::string_view passPhrase) : keyed_(!passPhrase.empty())
@@ -143,16 +190,9 @@ void LineDecoder::decode(std::string_view line, std::string& text)
         throw err::make(err::SubscriptOutOfRange);
     bytes_.resize(n / 2);
     const auto* digits = reinterpret_cast<const unsigned char*>(line.data());
-    int invalid = 0;
-    for (std::size_t k = 0; k < n / 2; ++k) {
-        const int high = HexTable[digits[2 * k]];
-        const int low = HexTable[digits[2 * k + 1]];
-        invalid |= high | low;
-        bytes_[k] = static_cast<std::uint8_t>(high * 16 + low);
-    }
     // A lone last digit is converted first and only then found to fall
     // outside the byte array.
-    if ((invalid | HexTable[digits[n - 1]]) < 0)
+    if (!hexToBytes(digits, n / 2, bytes_.data()) || HexTable[digits[n - 1]] < 0)
         throw err::make(err::TypeMismatch);
     if (n % 2 != 0)
         throw err::make(err::SubscriptOutOfRange);

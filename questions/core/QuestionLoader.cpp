@@ -59,12 +59,12 @@ public:
         int count = 0;
         while (lines.next(line)) {
             if (++count < MaxQuestionLines)
-                round(line, count == 1);
+                round(line);
             else
                 last = line; // every line from the 10000th on lands in the last slot
         }
         result_.tooManyLines = count >= MaxQuestionLines;
-        round(last, false);
+        round(last);
 
         // The final store keeps a bare break explanation as it stands.
         store(questions_[number_], false);
@@ -82,8 +82,9 @@ public:
 private:
     // Every non-empty line is deciphered, also one the test does not keep, so
     // that an undecipherable line fails wherever it stands.
-    void round(std::string_view raw, bool firstLine)
+    void round(std::string_view raw)
     {
+        ++rounds_;
         if (progress_ < 100)
             observer_.progress(++progress_);
         if (raw.empty())
@@ -99,7 +100,7 @@ private:
             else
                 intro.append(CrLf).append(CrLf);
             decipher_(line, intro);
-            if (firstLine && !marked)
+            if (rounds_ == 1 && !marked)
                 result_.title = intro;
             ++header_;
             return;
@@ -148,6 +149,7 @@ private:
     LoadObserver& observer_;
     const LineDecipher& decipher_;
     LoadResult result_;
+    int rounds_ = 0;
     int progress_ = 1;
     int header_ = 1;
     int section_ = 0;

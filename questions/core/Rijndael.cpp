@@ -87,9 +87,11 @@ constexpr int shiftOffset(int nb, int row)
     return row;
 }
 
-// One block through the cipher. `Forward` picks the round tables, S-box and
-// the direction of the row shift; `rk` is the schedule for that direction.
-template <int NB, bool Forward>
+// `Lanes` consecutive blocks through the cipher, their rounds interleaved:
+// each round waits for the one before, and a second block fills that wait.
+// `Forward` picks the round tables, S-box and the direction of the row
+// shift; `rk` is the schedule for that direction.
+template <int NB, bool Forward, int Lanes = 1>
 void cipherBlock(const CRijndael::Tables& t, const std::uint32_t* rk, int rounds, std::uint8_t* buff)
 {
     constexpr int s1 = Forward ? shiftOffset(NB, 1) : NB - shiftOffset(NB, 1);
@@ -98,25 +100,24 @@ void cipherBlock(const CRijndael::Tables& t, const std::uint32_t* rk, int rounds
     const auto& T = Forward ? t.ftable : t.rtable;
     const auto& S = Forward ? t.fbsub : t.rbsub;
 
-    std::uint32_t a[NB];
-    std::uint32_t b[NB];
-    for (int j = 0; j < NB; ++j)
-        a[j] = load32(buff + 4 * j) ^ rk[j];
+    std::uint32_t a[Lanes][NB];
+    std::uint32_t b[Lanes][NB];
+    for (int l = 0; l < Lanes; ++l) {
+        for (int j = 0; j < NB; ++j)
+            a[l][j] = load32(buff + 4 * (NB * l + j)) ^ rk[j];
+    }
     rk += NB;
 
-    auto round = [&](const std::uint32_t* in, std::uint32_t* out, const std::uint32_t* key) {
-        if constexpr (std::endian::native == std::endian::little) {
-            // Rows 1 and 2 are read as bytes from memory: it spares the
-            // shift-and-mask work, which is what limits a round.
-            const auto* bytes = reinterpret_cast<const std::uint8_t*>(in);
+    auto round = [&](std::uint32_t (*in)[NB], std::uint32_t (*out)[NB], const std::uint32_t* key) {
+        // Rows 1 and 2 are read as bytes from memory: it spares the
+        // shift-and-mask work, which is what limits a round.
+        constexpr int row1 = std::endian::native == std::endian::little ? 1 : 2;
+        constexpr int row2 = 3 - row1;
+        for (int l = 0; l < Lanes; ++l) {
+            const auto* bytes = reinterpret_cast<const std::uint8_t*>(in[l]);
             for (int j = 0; j < NB; ++j) {
-                out[j] = T[0][byteOf(in[j], 0)] ^ T[1][bytes[4 * ((j + s1) % NB) + 1]] ^
-                         T[2][bytes[4 * ((j + s2) % NB) + 2]] ^ T[3][byteOf(in[(j + s3) % NB], 3)] ^ key[j];
-            }
-        } else {
-            for (int j = 0; j < NB; ++j) {
-                out[j] = T[0][byteOf(in[j], 0)] ^ T[1][byteOf(in[(j + s1) % NB], 1)] ^
-                         T[2][byteOf(in[(j + s2) % NB], 2)] ^ T[3][byteOf(in[(j + s3) % NB], 3)] ^ key[j];
+                out[l][j] = T[0][byteOf(in[l][j], 0)] ^ T[1][bytes[4 * ((j + s1) % NB) + row1]] ^
+                            T[2][bytes[4 * ((j + s2) % NB) + row2]] ^ T[3][byteOf(in[l][(j + s3) % NB], 3)] ^ key[j];
             }
         }
     };
@@ -127,16 +128,19 @@ void cipherBlock(const CRijndael::Tables& t, const std::uint32_t* rk, int rounds
         round(b, a, rk + NB);
         rk += 2 * NB;
     }
-    const std::uint32_t* last = a;
+    std::uint32_t (*last)[NB] = a;
     if (r < rounds) {
         round(a, b, rk);
         rk += NB;
         last = b;
     }
-    for (int j = 0; j < NB; ++j) {
-        const std::uint32_t w = pack(S[byteOf(last[j], 0)], S[byteOf(last[(j + s1) % NB], 1)],
-                                     S[byteOf(last[(j + s2) % NB], 2)], S[byteOf(last[(j + s3) % NB], 3)]);
-        store32(buff + 4 * j, w ^ rk[j]);
+    for (int l = 0; l < Lanes; ++l) {
+        for (int j = 0; j < NB; ++j) {
+            const std::uint32_t* w = last[l];
+            store32(buff + 4 * (NB * l + j), pack(S[byteOf(w[j], 0)], S[byteOf(w[(j + s1) % NB], 1)],
+                                                  S[byteOf(w[(j + s2) % NB], 2)], S[byteOf(w[(j + s3) % NB], 3)]) ^
+                                                 rk[j]);
+        }
     }
 }
 
@@ -213,17 +217,24 @@ bool hardwarePresent()
 
 std::atomic<bool> hardwareAllowed{true};
 
-// The 256-bit block goes to the AES instructions when the processor has them.
+// The 256-bit blocks of a message, `count` bytes, go to the AES
+// instructions when the processor has them, else two at a time through the
+// round tables.
 template <bool Forward>
-void block8(const CRijndael::Tables& t, const std::uint32_t* rk, int rounds, std::uint8_t* buff)
+void blocks8(const CRijndael::Tables& t, const std::uint32_t* rk, int rounds, std::uint8_t* data, std::size_t count)
 {
+    std::size_t p = 0;
 #ifdef KESTA_RIJNDAEL_AESNI
     if (hardwarePresent() && hardwareAllowed.load(std::memory_order_relaxed)) {
-        hardwareBlock<Forward>(rk, rounds, buff);
+        for (; p < count; p += 32)
+            hardwareBlock<Forward>(rk, rounds, data + p);
         return;
     }
 #endif
-    cipherBlock<8, Forward>(t, rk, rounds, buff);
+    for (; p + 64 <= count; p += 64)
+        cipherBlock<8, Forward, 2>(t, rk, rounds, data + p);
+    for (; p < count; p += 32)
+        cipherBlock<8, Forward>(t, rk, rounds, data + p);
 }
 
 template <bool Forward>
@@ -232,7 +243,7 @@ void cipherBlock(int nb, const CRijndael::Tables& t, const std::uint32_t* rk, in
     switch (nb) {
     case 4: cipherBlock<4, Forward>(t, rk, rounds, buff); break;
     case 6: cipherBlock<6, Forward>(t, rk, rounds, buff); break;
-    default: block8<Forward>(t, rk, rounds, buff); break;
+    default: blocks8<Forward>(t, rk, rounds, buff, 32); break;
     }
 }
 
@@ -297,15 +308,10 @@ std::uint32_t CRijndael::Tables::subWord(std::uint32_t a) const
 
 std::uint32_t CRijndael::Tables::invMixColumn(std::uint32_t x) const
 {
-    std::uint8_t b[4];
-    for (int i = 0; i < 4; ++i)
-        b[i] = byteOf(x, i);
-    std::uint8_t out[4];
-    for (int i = 0; i < 4; ++i) {
-        out[i] = static_cast<std::uint8_t>(bmul(0x0E, b[i]) ^ bmul(0x0B, b[(i + 1) % 4]) ^ bmul(0x0D, b[(i + 2) % 4]) ^
-                                           bmul(0x09, b[(i + 3) % 4]));
-    }
-    return pack(out[0], out[1], out[2], out[3]);
+    // The inverse round tables hold InvMixColumn of the inverse S-box's
+    // output; going through the S-box first leaves InvMixColumn alone.
+    return rtable[0][fbsub[byteOf(x, 0)]] ^ rtable[1][fbsub[byteOf(x, 1)]] ^ rtable[2][fbsub[byteOf(x, 2)]] ^
+           rtable[3][fbsub[byteOf(x, 3)]];
 }
 
 CRijndael::CRijndael() = default;
@@ -406,8 +412,7 @@ CRijndael::Bytes CRijndael::EncryptData(std::span<const std::uint8_t> bytMessage
     Bytes out(total, 0);
     store32(out.data(), static_cast<std::uint32_t>(m));
     std::copy(bytMessage.begin(), bytMessage.end(), out.begin() + 4);
-    for (std::size_t p = 0; p < total; p += FrameBlock)
-        block8<true>(*tables_, fkey_.data(), Nr_, out.data() + p);
+    blocks8<true>(*tables_, fkey_.data(), Nr_, out.data(), total);
     return out;
 }
 
@@ -424,8 +429,7 @@ CRijndael::Bytes CRijndael::DecryptData(std::span<const std::uint8_t> bytIn, std
 std::span<std::uint8_t> CRijndael::unframe(std::span<std::uint8_t> work) const
 {
     const std::size_t n = work.size();
-    for (std::size_t p = 0; p < n; p += FrameBlock)
-        block8<false>(*tables_, rkey_.data(), Nr_, work.data() + p);
+    blocks8<false>(*tables_, rkey_.data(), Nr_, work.data(), n);
     const auto length = static_cast<std::int32_t>(load32(work.data()));
     if (static_cast<std::int64_t>(length) > static_cast<std::int64_t>(n) - 4)
         return {};

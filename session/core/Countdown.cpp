@@ -5,14 +5,12 @@
 namespace kesta {
 
 namespace {
-// The integer part of a quotient, rounded down as the time split has always
-// done, so a negative total from a hand-edited options file splits the same way.
+// The integer part of a quotient by a positive divisor, rounded down as the
+// time split has always done, so a negative total from a hand-edited options
+// file splits the same way.
 std::int64_t floorDiv(std::int64_t a, std::int64_t b)
 {
-    std::int64_t q = a / b;
-    if ((a % b != 0) && ((a < 0) != (b < 0)))
-        --q;
-    return q;
+    return a / b - (a % b < 0 ? 1 : 0);
 }
 } // namespace
 

@@ -1,5 +1,6 @@
 #include "session/core/Navigation.h"
 
+#include <algorithm>
 #include <array>
 
 namespace kesta {
@@ -43,8 +44,7 @@ NextStep goNext(SessionState& session, Int16 questionCount, bool answerChecked, 
         step.moved = true;
         step.restore = optionForLetter(session.UserAnswers[session.CurrentQuestion]);
         step.showBack = session.CurrentQuestion > 1;
-        if (session.HighestReached < session.CurrentQuestion)
-            session.HighestReached = session.CurrentQuestion;
+        session.HighestReached = std::max(session.HighestReached, session.CurrentQuestion);
         drawLate(session, questionCount, draw);
     }
     if (session.CurrentQuestion == questionCount)

@@ -176,6 +176,10 @@ TEST_F(ProgramDataTest, HostileFilesNeverHangNorAreWrittenThroughAndGiveTheUnrea
         {[&] {
              plant(folders.errorLogPath(), 'p');
              reporter.LogError("Form1", "A()", false, details, err::make(err::Overflow));
+             plant(folders.errorLogPath(), 'p'); // this time someone holds it open for reading
+             const int reader = ::open(folders.errorLogPath().c_str(), O_RDONLY | O_NONBLOCK);
+             reporter.LogError("Form1", "A()", false, details, err::make(err::Overflow));
+             ::close(reader);
              plant(folders.errorLogPath(), 'h');
              reporter.LogError("Form1", "B()", false, details, err::make(err::Overflow));
              return locations();

@@ -1,6 +1,7 @@
 #include "questions/core/QuestionLoader.h"
 
 #include "questions/core/Cipher.h"
+#include "support/BankWriter.h"
 #include "support/Checks.h"
 #include "support/TempDir.h"
 
@@ -12,6 +13,7 @@ namespace kesta {
 namespace {
 
 using Lines = std::vector<std::string>;
+using test::bankText;
 
 // Records what a load shows: the first progress value, the last, and the rest in order.
 struct RecordingObserver final : LoadObserver {
@@ -27,24 +29,6 @@ struct RecordingObserver final : LoadObserver {
     std::string events;
     std::vector<int> values;
 };
-
-// Enciphers each line ("#" kept as the marker, "=" writes the rest as it
-// stands, empty stays empty) and ends line i with ends[i % size]; the last
-// line too unless `endLast` is false.
-std::string bankText(const Lines& lines, const Lines& ends = {"\r\n"}, bool endLast = true)
-{
-    std::string content;
-    for (std::size_t i = 0; i < lines.size(); ++i) {
-        const std::string& line = lines[i];
-        if (!line.empty() && line[0] == '=')
-            content += line.substr(1);
-        else if (!line.empty())
-            content += (line[0] == '#' ? "#" : "") + EncryptString(line.substr(line[0] == '#'), QuestionPassPhrase);
-        if (endLast || i + 1 < lines.size())
-            content += ends[i % ends.size()];
-    }
-    return content;
-}
 
 Lines withHeader(Lines body)
 {

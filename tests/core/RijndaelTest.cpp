@@ -88,6 +88,12 @@ TEST(RijndaelTest, The128BitBlockIsAesAndMisuseRaises)
         cipher.Decrypt(block);
         EXPECT_EQ(block, plain);
     }
+    // A 192-bit block leaves what follows it alone.
+    Bytes wide(32, 0x11);
+    keyed(fromHex(key), 6).Encrypt(wide);
+    EXPECT_EQ(Bytes(wide.begin() + 24, wide.end()), Bytes(8, 0x11));
+    keyed(fromHex(key), 6).Decrypt(wide);
+    EXPECT_EQ(wide, Bytes(32, 0x11));
     Bytes block(32), shortBlock(31), shortKey(31);
     EXPECT_EQ(errorOf([&] { CRijndael().gkey(5, 8, block); }), err::InvalidCall);
     EXPECT_EQ(errorOf([&] { CRijndael().gkey(8, 7, block); }), err::InvalidCall);
@@ -149,6 +155,16 @@ TEST(RijndaelTest, TheKeyIsCutAt32BytesOrZeroPaddedAndPartialBlocksOrNoPasswordG
     padded.resize(32, 0);
     const Bytes valid = CRijndael().EncryptData(message, password);
     EXPECT_EQ(CRijndael().EncryptData(message, otherTail), valid);
+    // Both engines frame alike, whatever number of blocks a message takes.
+    for (std::size_t length = 1; length <= 200; length += 41) {
+        const Bytes long_(length, static_cast<std::uint8_t>(length));
+        CRijndael::allowHardware(false);
+        const Bytes portable = CRijndael().EncryptData(long_, password);
+        const Bytes back = CRijndael().DecryptData(portable, password);
+        CRijndael::allowHardware(true);
+        EXPECT_EQ(CRijndael().EncryptData(long_, password), portable);
+        EXPECT_EQ(back, long_);
+    }
     EXPECT_EQ(CRijndael().EncryptData(message, fromHex("6162")), CRijndael().EncryptData(message, padded));
     EXPECT_EQ(CRijndael().DecryptData(valid, otherTail), message);
     EXPECT_TRUE(CRijndael().DecryptData(valid, Bytes{}).empty());

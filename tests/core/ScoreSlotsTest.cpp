@@ -43,6 +43,7 @@ TEST_F(ScoreSlotsTest, TheNextSlotIsOneAboveTheHighestAndTheSixthDropsTheOldestK
 {
     test::writeFile(base, "progress"); // the progress file itself is no slot
     EXPECT_EQ(next({}), ".score1: - - - - -");
+    EXPECT_EQ(next({1}), ".score2: 1 - - - -");
     EXPECT_EQ(next({1, 3}), ".score4: 1 - 3 - -");
     EXPECT_EQ(next({4}), ".score5: 1 - 3 4 -");
     EXPECT_EQ(next({2}), ".score5: 1 2 3 4 -");

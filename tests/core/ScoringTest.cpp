@@ -56,6 +56,8 @@ TEST(ScoringTest, ThePercentRoundsHalfToEvenAndEveryWrongPositionIsListed)
     };
     for (const auto& [count, correct, expected] : cases)
         EXPECT_EQ(std::make_unique<Scenario>(count, correct)->score(), expected) << correct << " of " << count;
+    auto last = std::make_unique<Scenario>(8, 6);
+    EXPECT_EQ(nextIncorrect(last->session, last->questions, 7), 8);
     auto tooMany = std::make_unique<Scenario>(1000, 0);
     tooMany->questions.QuestionCount = 1001;
     EXPECT_EQ(tooMany->score(), "error 9");

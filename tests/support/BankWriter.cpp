@@ -5,19 +5,24 @@
 
 namespace kesta::test {
 
-void writeBankLines(const std::string& path, const std::vector<std::string>& lines, const std::string& lineEnd)
+std::string bankText(const std::vector<std::string>& lines, const std::vector<std::string>& ends, bool endLast)
 {
     std::string content;
-    for (const std::string& line : lines) {
-        if (line.empty()) {
-        } else if (line[0] == '#') {
-            content += "#" + EncryptString(line.substr(1), QuestionPassPhrase);
-        } else {
-            content += EncryptString(line, QuestionPassPhrase);
-        }
-        content += lineEnd;
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        const std::string& line = lines[i];
+        if (!line.empty() && line[0] == '=')
+            content += line.substr(1);
+        else if (!line.empty())
+            content += (line[0] == '#' ? "#" : "") + EncryptString(line.substr(line[0] == '#'), QuestionPassPhrase);
+        if (endLast || i + 1 < lines.size())
+            content += ends[i % ends.size()];
     }
-    writeFile(path, content);
+    return content;
+}
+
+void writeBankLines(const std::string& path, const std::vector<std::string>& lines)
+{
+    writeFile(path, bankText(lines));
 }
 
 void writeBank(const std::string& path, const std::string& title, const std::vector<BankQuestion>& questions,

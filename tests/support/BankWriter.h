@@ -5,6 +5,15 @@
 
 namespace kesta::test {
 
+// The bytes of a question file: each line enciphered ("#" kept as the marker,
+// "=" writes the rest as it stands, empty stays empty), line i ended with
+// ends[i % size], the last line too unless `endLast` is false.
+std::string bankText(const std::vector<std::string>& lines, const std::vector<std::string>& ends = {"\r\n"},
+                     bool endLast = true);
+
+// Writes bankText(lines) to `path`.
+void writeBankLines(const std::string& path, const std::vector<std::string>& lines);
+
 struct BankQuestion {
     std::string question;             // first question line
     std::vector<std::string> choices; // further question lines
@@ -12,9 +21,9 @@ struct BankQuestion {
     std::string answer;
 };
 
-// Writes an enciphered question file: the title line, three introduction
-// lines, then each question as its marked first line, its choices, the
-// marked explanation and the marked answer. Lines end in CR LF.
+// Writes a question file: the title, three introduction lines, then each
+// question as its marked first line, its choices, the marked explanation and
+// the marked answer.
 void writeBank(const std::string& path, const std::string& title, const std::vector<BankQuestion>& questions,
                const std::vector<std::string>& intro = {"Intro one", "Intro two", "Intro three"});
 
@@ -22,10 +31,5 @@ void writeBank(const std::string& path, const std::string& title, const std::vec
 // the letter answers[(k-1) % answers.size()], its explanation "Explanation k".
 void writeNumberedBank(const std::string& path, const std::string& title, int count,
                        const std::string& answers = "abcd");
-
-// Writes raw lines: each is enciphered, a leading "#" is kept as the marker,
-// and an empty line stays empty. Lines are joined with `lineEnd`.
-void writeBankLines(const std::string& path, const std::vector<std::string>& lines,
-                    const std::string& lineEnd = "\r\n");
 
 } // namespace kesta::test
