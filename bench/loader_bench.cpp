@@ -1,115 +1,82 @@
-// Loading a full question file, and reading the titles of a Questions folder.
-#include "questions/core/Cipher.h"
+// Loading a question file against deciphering its ciphertext alone, for a
+// bank of 1000 questions and one of 60,000 lines; and the titles of a full
+// Questions folder. The load should cost at most twice the cipher's time.
+#include "BenchBanks.h"
+#include "app/core/Catalogue.h"
 #include "questions/core/QuestionLoader.h"
 
 #include <benchmark/benchmark.h>
 
-#include <filesystem>
-#include <fstream>
 #include <memory>
-#include <string>
 #include <vector>
-
-#include <unistd.h>
 
 namespace {
 
-namespace fs = std::filesystem;
 using namespace kesta;
 
-std::string line(const std::string& text, bool marked = false)
+const std::string& bankPath(int which)
 {
-    std::string out = marked ? "#" : "";
-    out += EncryptString(text, QuestionPassPhrase);
-    out += "\r\n";
-    return out;
+    static const std::string paths[] = {bench::scratch().write("full.kqb", bench::bankText(1000)),
+                                        bench::scratch().write("long.kqb", bench::longBankText())};
+    return paths[which];
 }
 
-// A scratch folder with the benchmark's question files, removed at exit.
-class BenchFolder {
-public:
-    BenchFolder() : path_(fs::temp_directory_path() / ("kesta-bench-" + std::to_string(::getpid())))
-    {
-        fs::create_directories(path_);
+// Every line's ciphertext, hex already decoded: what the block cipher alone has to decipher.
+std::vector<std::uint8_t> ciphertextOf(const std::string& path)
+{
+    std::ifstream in(path, std::ios::binary);
+    std::string content((std::istreambuf_iterator<char>(in)), {});
+    std::vector<std::uint8_t> bytes;
+    LineSplitter lines(content);
+    for (std::string_view line; lines.next(line);) {
+        line.remove_prefix(!line.empty() && line.front() == '#');
+        for (std::size_t i = 0; i + 1 < line.size(); i += 2)
+            bytes.push_back(static_cast<std::uint8_t>(std::stoi(std::string(line.substr(i, 2)), nullptr, 16)));
     }
-    ~BenchFolder()
-    {
-        std::error_code ignored;
-        fs::remove_all(path_, ignored);
+    return bytes;
+}
+
+void BM_DecipherAlone(benchmark::State& state)
+{
+    std::vector<std::uint8_t> bytes = ciphertextOf(bankPath(static_cast<int>(state.range(0))));
+    std::vector<std::uint8_t> key;
+    for (const char c : QuestionPassPhrase.substr(0, 16))
+        key.insert(key.end(), {static_cast<std::uint8_t>(c), 0});
+    CRijndael cipher;
+    cipher.gkey(8, 8, key);
+    for (auto _ : state) {
+        for (std::size_t p = 0; p + 32 <= bytes.size(); p += 32)
+            cipher.Decrypt(std::span(bytes).subspan(p, 32));
+        benchmark::DoNotOptimize(bytes.data());
     }
-    std::string file(const std::string& name) const { return (path_ / name).string(); }
-
-private:
-    fs::path path_;
-};
-
-const BenchFolder& folder()
-{
-    static const BenchFolder instance;
-    return instance;
+    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * bytes.size()));
 }
+BENCHMARK(BM_DecipherAlone)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 
-void write(const std::string& path, const std::string& content)
+void BM_ReadFile(benchmark::State& state)
 {
-    std::ofstream(path, std::ios::binary) << content;
-}
-
-// 1000 questions of nine lines each (question, four choices, two explanation
-// paragraphs, answer, blank) after the header: 9004 lines.
-const std::string& fullBank()
-{
-    static const std::string path = [] {
-        const std::string choice(40, 'c');
-        std::string content = line("KESTA Exam Demo 1") + line(std::string(120, 'i')) + line(std::string(120, 'j')) +
-                              line(std::string(120, 'k'));
-        for (int k = 1; k <= 1000; ++k) {
-            content += line("Question " + std::to_string(k) + std::string(90, 'q'), true);
-            for (const char letter : {'a', 'b', 'c', 'd'})
-                content += line(std::string(1, letter).append(") ").append(choice));
-            content += line(std::string(200, 'e'), true) + line(std::string(150, 'f'));
-            content += line("b", true) + "\r\n";
-        }
-        const std::string p = folder().file("full.kqb");
-        write(p, content);
-        return p;
-    }();
-    return path;
-}
-
-void BM_ReadFile1000Questions(benchmark::State& state)
-{
-    const std::string& path = fullBank();
+    const std::string& path = bankPath(static_cast<int>(state.range(0)));
     LoadObserver quiet;
-    const LineDecipher decipher = decipherWith(std::string(QuestionPassPhrase));
+    const LineDecipher decipher = decipherWith(QuestionPassPhrase);
     for (auto _ : state) {
         auto list = std::make_unique<QuestionList>();
-        const LoadResult result = LoadQuestionFile(path, *list, quiet, decipher);
-        if (result.corrupt() || list->QuestionCount != 1000)
-            state.SkipWithError("the generated bank did not load cleanly");
-        benchmark::DoNotOptimize(list.get());
+        benchmark::DoNotOptimize(LoadQuestionFile(path, *list, quiet, decipher));
     }
 }
-BENCHMARK(BM_ReadFile1000Questions)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_ReadFile)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 
-// The menus decipher the first line of each of the 42 catalogue files.
-void BM_TitlesOf42Files(benchmark::State& state)
+// The menus decipher the title line of each of the 42 catalogue files, however large each file is.
+void BM_TitlesOf42Banks(benchmark::State& state)
 {
     std::vector<std::string> paths;
-    for (int k = 1; k <= 42; ++k) {
-        paths.push_back(folder().file("title" + std::to_string(k) + ".kqb"));
-        write(paths.back(), line("KESTA Exam Demo " + std::to_string(k)) + line("intro") + line("intro") + line("intro"));
-    }
+    for (int k = 1; k <= 42; ++k)
+        paths.push_back(bench::scratch().write("title" + std::to_string(k) + ".kqb",
+                                               bench::bankText(100, "KESTA Exam Demo " + std::to_string(k))));
     for (auto _ : state) {
-        for (const std::string& path : paths) {
-            std::ifstream in(path, std::ios::binary);
-            std::string first;
-            std::getline(in, first);
-            if (!first.empty() && first.back() == '\r')
-                first.pop_back();
-            benchmark::DoNotOptimize(DecryptString(first, QuestionPassPhrase));
-        }
+        for (const std::string& path : paths)
+            benchmark::DoNotOptimize(DecryptString(*titleLine(path), QuestionPassPhrase));
     }
 }
-BENCHMARK(BM_TitlesOf42Files)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_TitlesOf42Banks)->Unit(benchmark::kMicrosecond);
 
 } // namespace

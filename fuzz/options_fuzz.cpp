@@ -5,6 +5,7 @@
 #include "app/core/Options.h"
 #include "common/core/RuntimeError.h"
 
+#include <algorithm>
 #include <string>
 
 using namespace kesta;
