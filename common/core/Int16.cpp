@@ -17,7 +17,7 @@ Int16 parseInt16(std::string_view text)
     // Digits with at most one point; from_chars alone would also take "inf" and exponents.
     if (text.empty() || text == "." || text.find_first_not_of("0123456789.") != std::string_view::npos)
         throw err::make(err::TypeMismatch);
-    double value = 0;
+    double value{};
     const auto [end, code] = std::from_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed);
     if (end != text.data() + text.size())
         throw err::make(err::TypeMismatch);

@@ -138,7 +138,7 @@ void writeReplacing(const std::string& path, std::string_view bytes, Replace how
             throw err::make(err::PathFileAccess);
         writeAll(fd.get(), bytes);
         if (modified != nullptr) {
-            const struct timespec times[2] = {{0, UTIME_OMIT}, *modified};
+            const struct timespec times[] = {{0, UTIME_OMIT}, *modified};
             if (::futimens(fd.get(), times) != 0)
                 throw err::make(err::PathFileAccess);
         }
@@ -235,7 +235,7 @@ void append(const std::string& path, std::string_view bytes)
 {
     // A second round at most: the first may find a name that is not ours to write through.
     for (int round = 0; round < 2; ++round) {
-        bool created = false;
+        bool created;
         Fd fd(openForAppend(path, created));
         struct stat st {};
         const bool opened = fd.get() != -1;

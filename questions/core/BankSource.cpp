@@ -117,7 +117,7 @@ std::string decipherLine(std::string_view rawLine, LineDecoder& decoder, int lin
 struct ParsedLine {
     std::string fileLine;
     std::string text;   // what the line should decipher to (unused for Raw)
-    bool raw = false;
+    bool raw;
 };
 
 ParsedLine parseSourceLine(std::string_view line, std::string_view passPhrase, int lineNumber)

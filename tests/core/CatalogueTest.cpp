@@ -73,7 +73,8 @@ TEST(CatalogueTest, TheTitleIsTheFirstLineWhateverEndsIt)
     test::TempDir dir;
     const std::pair<std::string, std::string> cases[] = {
         {"ABCD\r\nEF", "ABCD"}, {"ABCD\rEF", "ABCD"}, {"ABCD\nEF", "ABCD"}, {"ABCD", "ABCD"}, {"\r\nEF", ""},
-        {std::string(5000, 'A') + "\n", std::string(5000, 'A')}, {std::string(70000, 'A'), "none"},
+        {std::string(5000, 'A') + "\n", std::string(5000, 'A')}, {std::string(65536, 'A'), std::string(65536, 'A')},
+        {std::string(65537, 'A'), "none"},
         {"", "error 62"}};
     for (const auto& [content, title] : cases) {
         writeFile(dir / "f", content);

@@ -45,6 +45,8 @@ TEST(CipherTest, TextRoundTripsThroughItsUtf16Units)
         {"\xF5\x80\x80\x80", replaced + replaced + replaced + replaced}, // no lead byte past F4
         {"\xC3", replaced}, {"\xE2\x82", replaced + replaced}, {"\xF0\x9F\x98", replaced + replaced + replaced},
         {"\xE2" "A\x80", replaced + "A" + replaced}, {"\xF0\x9F\x98" "A", replaced + replaced + replaced + "A"},
+        {"\xC3\xA9x\xE2\x82" "A", "\xC3\xA9x" + replaced + replaced + "A"}, // what precedes a lead byte is no part of it
+        {"\xC3\xA9\xF0\x9F\x98" "A", "\xC3\xA9" + replaced + replaced + replaced + "A"},
         {"\xC1\xBF", replaced + replaced}, {"\xE0\x9F\xBF", replaced},  // overlong forms
         {"\xF0\x8F\xBF\xBF", replaced}, {"\xF4\x90\x80\x80", replaced}, // below U+10000, past U+10FFFF
         {std::string(3000, 'q'), std::string(3000, 'q')},
@@ -71,6 +73,8 @@ TEST(CipherTest, LinesDecipherToTheirTextNothingOrAFatalError)
         {valid.substr(0, 10) + "@" + valid.substr(11), "error 13"}, {valid.substr(0, 62) + "-1", "error 13"},
         {valid.substr(0, 11) + "g" + valid.substr(12), "error 13"}, {valid.substr(0, 12) + "`" + valid.substr(13), "error 13"},
         {valid.substr(0, 13) + "/" + valid.substr(14), "error 13"},
+        {"09AFaf", ""}, {"0/", "error 13"}, {"0:", "error 13"}, {"0@", "error 13"}, {"0G", "error 13"},
+        {"0`", "error 13"}, {"0g", "error 13"}, // the digits' bounds on lines too short for sixteen at a time
     };
     for (const auto& [line, expected] : cases)
         EXPECT_EQ(decrypt(line), expected) << line;

@@ -49,6 +49,8 @@ TEST_F(OptionsTest, AReadableFileIsTakenAsItStandsAndAnyOtherIsReplacedByTheDefa
         EXPECT_EQ(values + "|" + shown + "|" + test::readFile(user("option.usr")),
                   c.values + "|" + c.shown + "|" + (c.left.empty() ? c.content : c.left));
         EXPECT_EQ(options.values[0], 9);
+        // Written anew, it is every user's to replace.
+        EXPECT_TRUE(c.left.empty() || std::filesystem::status(user("option.usr")).permissions() == std::filesystem::perms(0666));
     }
     EXPECT_EQ(formatOptions(options), defaults);
 }
