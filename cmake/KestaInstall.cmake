@@ -3,16 +3,27 @@
 include(GNUInstallDirs)
 set(KESTA_INSTALL_DIR ${CMAKE_INSTALL_LIBDIR}/kesta-demo)
 
+# Only the data tree is shared. Everything else is writable by its owner alone,
+# whatever the umask of whoever installs or packages it: the banks come out of
+# kesta-qbank writable by all, and folders made on the way would follow the umask.
+set(KESTA_PROGRAM_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+set(KESTA_FILE_PERMISSIONS OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ)
+set(CMAKE_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS ${KESTA_PROGRAM_PERMISSIONS})
+
+install(TARGETS kesta-qbank RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} PERMISSIONS ${KESTA_PROGRAM_PERMISSIONS}
+        COMPONENT program)
 if(KESTA_BUILD_GUI)
-  install(TARGETS kesta-demo RUNTIME DESTINATION ${KESTA_INSTALL_DIR} COMPONENT program)
-  install(DIRECTORY ${KESTA_BIN_DIR}/Questions DESTINATION ${KESTA_INSTALL_DIR} COMPONENT program)
+  install(TARGETS kesta-demo RUNTIME DESTINATION ${KESTA_INSTALL_DIR} PERMISSIONS ${KESTA_PROGRAM_PERMISSIONS}
+          COMPONENT program)
+  install(DIRECTORY ${KESTA_BIN_DIR}/Questions DESTINATION ${KESTA_INSTALL_DIR}
+          FILE_PERMISSIONS ${KESTA_FILE_PERMISSIONS} DIRECTORY_PERMISSIONS ${KESTA_PROGRAM_PERMISSIONS}
+          COMPONENT program)
+  # The launcher's folder exists already: kesta-qbank went there first.
   install(CODE "
-    file(MAKE_DIRECTORY \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_BINDIR}\")
     file(CREATE_LINK \"../${KESTA_INSTALL_DIR}/kesta-demo\"
          \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_BINDIR}/kesta-demo\" SYMBOLIC)
   " COMPONENT program)
 endif()
-install(TARGETS kesta-qbank RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT program)
 
 # The data tree: every user reads and writes progress, scores, the options and the log.
 # It is user data, so the Debian package leaves it out and makes it in its post-install step.
@@ -35,9 +46,10 @@ install(CODE "
 
 if(KESTA_BUILD_GUI)
   install(FILES ${CMAKE_SOURCE_DIR}/packaging/kesta-demo.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications
-          COMPONENT program)
+          PERMISSIONS ${KESTA_FILE_PERMISSIONS} COMPONENT program)
   install(FILES ${CMAKE_SOURCE_DIR}/packaging/kesta-demo.svg
-          DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps COMPONENT program)
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps PERMISSIONS ${KESTA_FILE_PERMISSIONS}
+          COMPONENT program)
 endif()
 
 # A Debian package of the system install; its post-install step makes the data tree.

@@ -8,6 +8,7 @@ packages=(
   qt6-base-dev qt6-base-dev-tools libgl-dev
   libgtest-dev libgmock-dev googletest libbenchmark-dev
   xvfb xauth xdotool poppler-utils fonts-liberation2
+  dbus at-spi2-core python3-pyatspi
   clang-14 libclang-rt-14-dev
 )
 
