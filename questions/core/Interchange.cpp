@@ -20,7 +20,6 @@ constexpr std::string_view NoChoices = "no four choices a) to d) at its end";
 
 // One question as an input gives it or a bank record gives it back; all texts are HTML.
 struct Draft {
-    int line = 0; // where it starts: input line or record number
     std::string stem; // the question text without its choices
     std::vector<std::string> choices; // in their order
     std::size_t right = 0; // index of the right choice
@@ -85,8 +84,9 @@ void checkSettings(const ImportSettings& settings)
 // Collects the questions of one import as bank-source text.
 class SourceWriter {
 public:
-    // Adds the draft, or reports it with the reader's `problem` or the first check it fails.
-    void add(const Draft& draft, std::string problem)
+    // Adds the draft that starts on input line `line`, or reports it with the
+    // reader's `problem` or the first check it fails.
+    void add(int line, const Draft& draft, std::string problem)
     {
         std::string lines;
         if (problem.empty())
@@ -99,7 +99,7 @@ public:
                 problem = "the program loads at most 1000 questions";
         }
         if (!problem.empty()) {
-            result_.skipped.push_back({ draft.line, std::move(problem) });
+            result_.skipped.push_back({ line, std::move(problem) });
             return;
         }
         body_ += lines;
@@ -136,20 +136,20 @@ private:
 void readAiken(const std::vector<std::string_view>& lines, SourceWriter& out)
 {
     Draft draft;
-    bool open = false;
+    int start = 0; // the open question's first line; 0 while none is open
     const auto close = [&](std::string problem) {
-        out.add(draft, std::move(problem));
-        open = false;
+        out.add(start, draft, std::move(problem));
+        start = 0;
     };
     for (std::size_t n = 0; n < lines.size(); ++n) {
         const std::string_view text = trimBlanks(lines[n]);
         const std::string mark = letter('A', draft.choices.size());
         if (text.empty()) {
-            if (open)
+            if (start != 0)
                 close("no ANSWER line");
-        } else if (!open) {
-            draft = Draft { static_cast<int>(n + 1), escapeHtml(text), {}, 0, {} };
-            open = true;
+        } else if (start == 0) {
+            draft = Draft { escapeHtml(text), {}, 0, {} };
+            start = static_cast<int>(n + 1);
         } else if (text.starts_with(AikenAnswer)) {
             const std::string_view given = trimBlanks(text.substr(AikenAnswer.size()));
             draft.right = given.size() == 1
@@ -162,20 +162,23 @@ void readAiken(const std::vector<std::string_view>& lines, SourceWriter& out)
             (draft.choices.empty() ? draft.stem : draft.choices.back()) += concat(" ", escapeHtml(text));
         }
     }
-    if (open)
+    if (start != 0)
         close("no ANSWER line");
 }
 
-// The first of `chars` at or after `from` that no backslash escapes.
-std::size_t findUnescaped(std::string_view text, std::size_t from, std::string_view chars)
+// What the GIFT reader looks for, each set ending with the backslash that escapes any of them.
+constexpr std::string_view TitleMark = ":\\";
+constexpr std::string_view OpenBrace = "{\\";
+constexpr std::string_view CloseBrace = "}\\";
+constexpr std::string_view AnswerMarks = "=~#\\";
+
+// The first of `stops` at or after `from` that no backslash escapes.
+std::size_t findUnescaped(std::string_view text, std::size_t from, std::string_view stops)
 {
-    for (std::size_t i = from; i < text.size(); ++i) {
-        if (text[i] == '\\')
-            ++i;
-        else if (chars.find(text[i]) != std::string_view::npos)
-            return i;
-    }
-    return std::string_view::npos;
+    std::size_t at = text.find_first_of(stops, from);
+    while (at != std::string_view::npos && text[at] == '\\')
+        at = text.find_first_of(stops, at + 2); // the escaped character is text, whatever it is
+    return at;
 }
 
 struct GiftAnswer {
@@ -184,87 +187,61 @@ struct GiftAnswer {
     std::string_view feedback;
 };
 
-// Reads one GIFT question (its lines joined by LF) into `draft`; returns why
-// it is no question the program can show, or "".
-std::string readGiftQuestion(std::string_view text, Draft& draft)
-{
-    if (text.starts_with("::")) {
-        // The title ends at the next "::"; the program has no place for it.
-        std::size_t colon = findUnescaped(text, 2, ":");
-        while (colon != std::string_view::npos && text.substr(colon, 2) != "::")
-            colon = findUnescaped(text, colon + 1, ":");
-        if (colon != std::string_view::npos)
-            text = trimBlanks(text.substr(colon + 2));
-    }
-    static constexpr std::array<std::pair<std::string_view, TextFormat>, 4> markers
-        = { { { "[html]", TextFormat::Html }, { "[moodle]", TextFormat::Auto }, { "[plain]", TextFormat::Plain },
-            { "[markdown]", TextFormat::Markdown } } };
-    TextFormat format = TextFormat::Auto;
-    for (const auto& [marker, markerFormat] : markers) {
-        if (text.starts_with(marker)) {
-            format = markerFormat;
-            text.remove_prefix(marker.size());
-            break;
-        }
-    }
-    const std::size_t open = findUnescaped(text, 0, "{");
-    if (open == std::string_view::npos)
-        return "no answers in braces";
-    const std::size_t close = findUnescaped(text, open + 1, "}");
-    if (close == std::string_view::npos)
-        return "the answer braces are not closed";
-    // Trimmed before (a last line break is no <br>) and after (an escaped one may end as a space).
-    const auto html = [format](std::string_view raw) {
-        return std::string(trimBlanks(toHtml(format, unescapeGift(trimBlanks(raw)))));
-    };
-    draft.stem = html(text.substr(0, open));
-    if (const std::string_view tail = trimBlanks(text.substr(close + 1)); !tail.empty()) {
-        // Text after the braces makes them a gap in the sentence.
-        draft.stem = std::string(trimBlanks(concat(draft.stem, " _____ ", html(tail))));
-    }
-
-    // '=' and '~' start an answer, a '#' after it the answer's feedback, "####" the general feedback.
-    const std::string_view inside = text.substr(open + 1, close - open - 1);
+// A GIFT answer block taken apart: '=' and '~' start an answer, a '#' after
+// it the answer's feedback, "####" the general feedback.
+struct GiftAnswers {
+    std::string_view lead; // before the first answer: a type mark such as T or #
     std::vector<GiftAnswer> answers;
-    std::string_view lead;
+    std::string_view general;
+};
+
+GiftAnswers splitAnswers(std::string_view inside)
+{
+    GiftAnswers block;
     bool inFeedback = false;
     std::size_t start = 0;
     const auto endPiece = [&](std::size_t end) {
         const std::string_view piece = inside.substr(start, end - start);
-        if (answers.empty())
-            lead = piece;
+        if (block.answers.empty())
+            block.lead = piece;
         else
-            (inFeedback ? answers.back().feedback : answers.back().text) = piece;
+            (inFeedback ? block.answers.back().feedback : block.answers.back().text) = piece;
     };
-    std::size_t at = findUnescaped(inside, 0, "=~#");
-    for (; at != std::string_view::npos; at = findUnescaped(inside, at + 1, "=~#")) {
+    std::size_t at = findUnescaped(inside, 0, AnswerMarks);
+    for (; at != std::string_view::npos; at = findUnescaped(inside, at + 1, AnswerMarks)) {
         if (inside.substr(at, 4) == "####")
             break;
-        if (inside[at] == '#' && (answers.empty() || inFeedback))
+        if (inside[at] == '#' && (block.answers.empty() || inFeedback))
             continue; // a numeric answer's mark, or part of a feedback
         endPiece(at);
         start = at + 1;
         inFeedback = inside[at] == '#';
         if (!inFeedback)
-            answers.push_back({ inside[at] == '=', {}, {} });
+            block.answers.push_back({ inside[at] == '=', {}, {} });
     }
     endPiece(at);
-    const std::string_view general = at == std::string_view::npos ? std::string_view() : inside.substr(at + 4);
+    if (at != std::string_view::npos)
+        block.general = inside.substr(at + 4);
+    return block;
+}
 
-    const std::string_view leadText = trimBlanks(lead);
-    std::string word(trimBlanks(leadText.substr(0, leadText.find('#'))));
+// Why the answers make no question with one right choice, or "".
+std::string answersProblem(const GiftAnswers& block)
+{
+    const std::string_view lead = trimBlanks(block.lead);
+    std::string word(trimBlanks(lead.substr(0, lead.find('#'))));
     std::transform(word.begin(), word.end(), word.begin(), [](unsigned char c) { return std::toupper(c); });
-    static constexpr std::array<std::string_view, 4> truths = { "T", "TRUE", "F", "FALSE" };
-    if (leadText.starts_with('#'))
+    static constexpr std::string_view truths[] = { "T", "TRUE", "F", "FALSE" };
+    if (lead.starts_with('#'))
         return "a numeric question";
-    if (std::find(truths.begin(), truths.end(), word) != truths.end())
+    if (std::find(std::begin(truths), std::end(truths), word) != std::end(truths))
         return "a true/false question";
-    if (answers.empty())
+    if (block.answers.empty())
         return "no choices in the braces";
     int rights = 0;
     bool wrong = false;
     bool arrow = false;
-    for (const GiftAnswer& answer : answers) {
+    for (const GiftAnswer& answer : block.answers) {
         if (trimBlanks(answer.text).starts_with('%'))
             return "weighted answers (%); the program scores one right answer";
         rights += answer.right ? 1 : 0;
@@ -275,14 +252,58 @@ std::string readGiftQuestion(std::string_view text, Draft& draft)
         return arrow ? "a matching question" : "a short-answer question";
     if (rights != 1)
         return std::to_string(rights) + " right answers; the program needs one";
-    for (const GiftAnswer& answer : answers) {
+    return {};
+}
+
+// Reads one GIFT question (its lines joined by LF) into `draft`; returns why
+// it is no question the program can show, or "".
+std::string readGiftQuestion(std::string_view text, Draft& draft)
+{
+    if (text.starts_with("::")) {
+        // The title ends at the next "::"; the program has no place for it.
+        std::size_t colon = findUnescaped(text, 2, TitleMark);
+        while (colon != std::string_view::npos && text.substr(colon, 2) != "::")
+            colon = findUnescaped(text, colon + 1, TitleMark);
+        if (colon != std::string_view::npos)
+            text = trimBlanks(text.substr(colon + 2));
+    }
+    static constexpr std::pair<std::string_view, TextFormat> markers[] = { { "[html]", TextFormat::Html },
+        { "[moodle]", TextFormat::Auto }, { "[plain]", TextFormat::Plain }, { "[markdown]", TextFormat::Markdown } };
+    TextFormat format = TextFormat::Auto;
+    for (const auto& [marker, markerFormat] : markers) {
+        if (text.starts_with(marker)) {
+            format = markerFormat;
+            text.remove_prefix(marker.size());
+            break;
+        }
+    }
+    const std::size_t open = findUnescaped(text, 0, OpenBrace);
+    if (open == std::string_view::npos)
+        return "no answers in braces";
+    const std::size_t close = findUnescaped(text, open + 1, CloseBrace);
+    if (close == std::string_view::npos)
+        return "the answer braces are not closed";
+    const GiftAnswers block = splitAnswers(text.substr(open + 1, close - open - 1));
+    if (std::string problem = answersProblem(block); !problem.empty())
+        return problem;
+
+    // Trimmed before (a last line break is no <br>) and after (an escaped one may end as a space).
+    const auto html = [format](std::string_view raw) {
+        return std::string(trimBlanks(toHtml(format, unescapeGift(trimBlanks(raw)))));
+    };
+    draft.stem = html(text.substr(0, open));
+    if (const std::string_view tail = trimBlanks(text.substr(close + 1)); !tail.empty()) {
+        // Text after the braces makes them a gap in the sentence.
+        draft.stem = std::string(trimBlanks(concat(draft.stem, " _____ ", html(tail))));
+    }
+    for (const GiftAnswer& answer : block.answers) {
         if (answer.right)
             draft.right = draft.choices.size();
         draft.choices.push_back(html(answer.text));
     }
-    draft.explanation = html(general);
+    draft.explanation = html(block.general);
     if (draft.explanation.empty())
-        draft.explanation = html(answers[draft.right].feedback);
+        draft.explanation = html(block.answers[draft.right].feedback);
     return {};
 }
 
@@ -291,21 +312,22 @@ std::string readGiftQuestion(std::string_view text, Draft& draft)
 void readGift(const std::vector<std::string_view>& lines, SourceWriter& out)
 {
     std::string block;
-    int start = 0;
+    int start = 0; // the block's first line; 0 while there is none
     const auto flush = [&] {
-        if (!block.empty()) {
-            Draft draft { start, {}, {}, 0, {} };
+        if (start != 0) {
+            Draft draft;
             std::string problem = readGiftQuestion(block, draft);
-            out.add(draft, std::move(problem));
+            out.add(start, draft, std::move(problem));
         }
         block.clear();
+        start = 0;
     };
     for (std::size_t n = 0; n < lines.size(); ++n) {
         const std::string_view text = trimBlanks(lines[n]);
         if (text.empty()) {
             flush();
         } else if (!text.starts_with("//") && !text.starts_with("$CATEGORY:")) {
-            if (block.empty())
+            if (start == 0)
                 start = static_cast<int>(n + 1);
             else
                 block += '\n';

@@ -67,8 +67,8 @@ std::string utf8(std::uint32_t cp)
 // The text an entity's name (between & and ;) stands for; empty for one this does not know.
 std::string decodeEntity(std::string_view name)
 {
-    static constexpr std::array<std::pair<std::string_view, std::string_view>, 6> named = { { { "amp", "&" },
-        { "lt", "<" }, { "gt", ">" }, { "quot", "\"" }, { "apos", "'" }, { "nbsp", "\xC2\xA0" } } };
+    static constexpr std::pair<std::string_view, std::string_view> named[]
+        = { { "amp", "&" }, { "lt", "<" }, { "gt", ">" }, { "quot", "\"" }, { "apos", "'" }, { "nbsp", "\xC2\xA0" } };
     for (const auto& [entity, text] : named) {
         if (name == entity)
             return std::string(text);
@@ -96,16 +96,16 @@ bool isValidUtf8(std::string_view text)
         unsigned char leadFrom, leadTo, secondFrom, secondTo;
         std::size_t length;
     };
-    static constexpr std::array<Sequence, 9> sequences
-        = { { { 0x00, 0x7F, 0x80, 0xBF, 1 }, { 0xC2, 0xDF, 0x80, 0xBF, 2 }, { 0xE0, 0xE0, 0xA0, 0xBF, 3 },
-            { 0xE1, 0xEC, 0x80, 0xBF, 3 }, { 0xED, 0xED, 0x80, 0x9F, 3 }, { 0xEE, 0xEF, 0x80, 0xBF, 3 },
-            { 0xF0, 0xF0, 0x90, 0xBF, 4 }, { 0xF1, 0xF3, 0x80, 0xBF, 4 }, { 0xF4, 0xF4, 0x80, 0x8F, 4 } } };
+    static constexpr Sequence sequences[]
+        = { { 0x00, 0x7F, 0x80, 0xBF, 1 }, { 0xC2, 0xDF, 0x80, 0xBF, 2 }, { 0xE0, 0xE0, 0xA0, 0xBF, 3 },
+              { 0xE1, 0xEC, 0x80, 0xBF, 3 }, { 0xED, 0xED, 0x80, 0x9F, 3 }, { 0xEE, 0xEF, 0x80, 0xBF, 3 },
+              { 0xF0, 0xF0, 0x90, 0xBF, 4 }, { 0xF1, 0xF3, 0x80, 0xBF, 4 }, { 0xF4, 0xF4, 0x80, 0x8F, 4 } };
     std::size_t i = 0;
     while (i < text.size()) {
         const auto lead = static_cast<unsigned char>(text[i]);
-        const auto* sequence = std::find_if(sequences.begin(), sequences.end(),
+        const auto* sequence = std::find_if(std::begin(sequences), std::end(sequences),
             [lead](const Sequence& s) { return s.leadFrom <= lead && lead <= s.leadTo; });
-        if (sequence == sequences.end())
+        if (sequence == std::end(sequences))
             return false;
         const std::string_view bytes = text.substr(i, sequence->length);
         if (bytes.size() != sequence->length)
@@ -141,20 +141,20 @@ std::string toHtml(TextFormat format, std::string_view text)
     // A delimiter opens only while another of its kind follows, so a lone
     // "*" stays a star; inside a code span the others are plain text.
     std::array<int, NoMark> ahead {};
-    for (std::size_t i = 0; markdown && i < text.size();) {
-        const Mark mark = markAt(text.substr(i));
-        i += mark == NoMark ? 1 : MarkText[mark].size();
+    for (std::string_view rest = text; markdown && !rest.empty();) {
+        const Mark mark = markAt(rest);
+        rest.remove_prefix(mark == NoMark ? 1 : MarkText[mark].size());
         if (mark != NoMark)
             ++ahead[mark];
     }
     std::array<bool, NoMark> open {};
     std::string html;
     html.reserve(text.size());
-    for (std::size_t i = 0; i < text.size();) {
-        const Mark mark = markdown ? markAt(text.substr(i)) : NoMark;
+    for (std::string_view rest = text; !rest.empty();) {
+        const Mark mark = markdown ? markAt(rest) : NoMark;
         if (mark != NoMark) {
             --ahead[mark];
-            i += MarkText[mark].size();
+            rest.remove_prefix(MarkText[mark].size());
             if (open[Code] && mark != Code) {
                 html += MarkText[mark];
             } else if (open[mark] || ahead[mark] > 0) {
@@ -165,7 +165,8 @@ std::string toHtml(TextFormat format, std::string_view text)
             }
             continue;
         }
-        const char c = text[i++];
+        const char c = rest.front();
+        rest.remove_prefix(1);
         const std::string_view entity = escape ? entityFor(c) : std::string_view();
         if (c == '\n')
             html += format == TextFormat::Html ? " " : "<br>";
@@ -175,7 +176,7 @@ std::string toHtml(TextFormat format, std::string_view text)
             html += c;
     }
     // A delimiter whose partner sat inside a code span is still open.
-    for (std::size_t mark = NoMark; mark-- > 0;) {
+    for (const Mark mark : { Code, EmLine, EmStar, Strong }) {
         if (open[mark])
             html += CloseTag[mark];
     }
