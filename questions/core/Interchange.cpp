@@ -182,7 +182,7 @@ std::size_t findUnescaped(std::string_view text, std::size_t from, std::string_v
 }
 
 struct GiftAnswer {
-    bool right = false;
+    bool right;
     std::string_view text;
     std::string_view feedback;
 };
@@ -198,25 +198,25 @@ struct GiftAnswers {
 GiftAnswers splitAnswers(std::string_view inside)
 {
     GiftAnswers block;
-    bool inFeedback = false;
+    enum class Piece { Lead, Text, Feedback } piece = Piece::Lead;
     std::size_t start = 0;
     const auto endPiece = [&](std::size_t end) {
-        const std::string_view piece = inside.substr(start, end - start);
-        if (block.answers.empty())
-            block.lead = piece;
+        const std::string_view text = inside.substr(start, end - start);
+        if (piece == Piece::Lead)
+            block.lead = text;
         else
-            (inFeedback ? block.answers.back().feedback : block.answers.back().text) = piece;
+            (piece == Piece::Feedback ? block.answers.back().feedback : block.answers.back().text) = text;
     };
     std::size_t at = findUnescaped(inside, 0, AnswerMarks);
     for (; at != std::string_view::npos; at = findUnescaped(inside, at + 1, AnswerMarks)) {
         if (inside.substr(at, 4) == "####")
             break;
-        if (inside[at] == '#' && (block.answers.empty() || inFeedback))
+        if (inside[at] == '#' && piece != Piece::Text)
             continue; // a numeric answer's mark, or part of a feedback
         endPiece(at);
         start = at + 1;
-        inFeedback = inside[at] == '#';
-        if (!inFeedback)
+        piece = inside[at] == '#' ? Piece::Feedback : Piece::Text;
+        if (piece == Piece::Text)
             block.answers.push_back({ inside[at] == '=', {}, {} });
     }
     endPiece(at);
@@ -441,6 +441,10 @@ ExportResult exportQuestions(QuestionFormat format, const QuestionList& list)
         else
             result.skipped.push_back({ number, std::move(problem) });
     }
+    // A reader drops a BOM in front of the text, so a first question that
+    // starts with that character needs one more.
+    if (result.text.starts_with(Bom))
+        result.text.insert(0, Bom);
     return result;
 }
 

@@ -78,7 +78,7 @@ TEST(InterchangeTest, ImportKeepsWhatAPageShowsReportsTheRestAndRoundTrips)
             1, {} },
         { "gift: titles, comments, escapes, formats, feedback, a gap", QuestionFormat::Gift, Settings, R"(// comment
 $CATEGORY: top
-::Title\: one::What is
+::Title\: one:two::What is
 <b>bold</b>?{
 =Right#Because.
 ~Wrong#No.
