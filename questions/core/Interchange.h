@@ -54,7 +54,8 @@ ImportResult importQuestions(QuestionFormat format, std::string_view text, const
 // Writes the loaded questions (records 1 to QuestionCount) as Aiken or GIFT
 // text. A record must hold its choices in the importer's layout (the last
 // four lines "a) " to "d) ", each possibly led by <br>) and a letter a to d
-// as its answer. Does not throw.
+// as its answer; other records are reported. Raises only what the list
+// raises for a QuestionCount past its last record (RuntimeError 9).
 ExportResult exportQuestions(QuestionFormat format, const QuestionList& list);
 
 } // namespace kesta
