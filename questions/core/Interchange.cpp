@@ -133,7 +133,7 @@ private:
 // Aiken: the question's line, the choices "A) text" or "A. text" in letter
 // order, then "ANSWER: X". A line that is none of these continues the text
 // above it; the reader sees a wrapped line there, so it joins with a space.
-void readAiken(const std::vector<std::string_view>& lines, SourceWriter& out)
+void readAiken(std::string_view input, SourceWriter& out)
 {
     Draft draft;
     int start = 0; // the open question's first line; 0 while none is open
@@ -141,8 +141,10 @@ void readAiken(const std::vector<std::string_view>& lines, SourceWriter& out)
         out.add(start, draft, std::move(problem));
         start = 0;
     };
-    for (std::size_t n = 0; n < lines.size(); ++n) {
-        const std::string_view text = trimBlanks(lines[n]);
+    LineSplitter lines(input);
+    std::size_t n = 0;
+    for (std::string_view line; lines.next(line); ++n) {
+        const std::string_view text = trimBlanks(line);
         const std::string mark = letter('A', draft.choices.size());
         if (text.empty()) {
             if (start != 0)
@@ -309,7 +311,7 @@ std::string readGiftQuestion(std::string_view text, Draft& draft)
 
 // GIFT: questions apart by blank lines; whole-line "//" comments and
 // "$CATEGORY:" lines are dropped wherever they stand.
-void readGift(const std::vector<std::string_view>& lines, SourceWriter& out)
+void readGift(std::string_view input, SourceWriter& out)
 {
     std::string block;
     int start = 0; // the block's first line; 0 while there is none
@@ -322,8 +324,10 @@ void readGift(const std::vector<std::string_view>& lines, SourceWriter& out)
         block.clear();
         start = 0;
     };
-    for (std::size_t n = 0; n < lines.size(); ++n) {
-        const std::string_view text = trimBlanks(lines[n]);
+    LineSplitter lines(input);
+    std::size_t n = 0;
+    for (std::string_view line; lines.next(line); ++n) {
+        const std::string_view text = trimBlanks(line);
         if (text.empty()) {
             flush();
         } else if (!text.starts_with("//") && !text.starts_with("$CATEGORY:")) {
@@ -419,12 +423,11 @@ ImportResult importQuestions(QuestionFormat format, std::string_view text, const
     checkSettings(settings);
     if (text.starts_with(Bom))
         text.remove_prefix(Bom.size());
-    const std::vector<std::string_view> lines = SplitFileLines(text);
     SourceWriter writer;
     if (format == QuestionFormat::Aiken)
-        readAiken(lines, writer);
+        readAiken(text, writer);
     else
-        readGift(lines, writer);
+        readGift(text, writer);
     return writer.finish(settings);
 }
 

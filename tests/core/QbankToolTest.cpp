@@ -97,6 +97,8 @@ TEST_F(QbankToolTest, EveryCommandAnswersWithItsOutputOrOneLineNamingFileAndLine
     writeFile(dir / "empty.kqb", "");
     writeFile(dir / "text.kqb", "not a bank\n");
     writeFile(dir / "marked.kqb", "#" + hex + "\r\n");
+    const std::string aiken = dir / "quiz.aiken";
+    writeFile(aiken, "Which port?\nA) TCP 443\nB) TCP 80\nC) TCP 22\nD) TCP 25\nANSWER: A\n\nShort?\nA. yes\nB. no\nANSWER: A\n");
     ::mkfifo((dir / "pipe.kqb").c_str(), 0600);
     const std::string usage = "kesta-qbank: ";
     const struct {
@@ -117,9 +119,18 @@ TEST_F(QbankToolTest, EveryCommandAnswersWithItsOutputOrOneLineNamingFileAndLine
         {{}, 2, "", usage + "no command given"},
         {{"frobnicate"}, 2, "", usage + "unknown command frobnicate"},
         {{"encrypt-line", "a", "b"}, 2, "", usage + "encrypt-line takes 1 operand"},
-        {{"build", source}, 2, "", usage + "build needs -o BANK"},
-        {{"dump", bank, "-o", "x"}, 2, "", usage + "-o belongs to build only"},
-        {{"dump", "--json", bank}, 2, "", usage + "--json belongs to check only"},
+        {{"build", source}, 2, "", usage + "build needs -o"},
+        {{"dump", bank, "-o", "x"}, 2, "", usage + "-o does not belong to dump"},
+        {{"dump", "--json", bank}, 2, "", usage + "--json does not belong to dump"},
+        {{"import", "--from", "aiken", aiken, "--title", "KESTA Quiz Demo 7", "-o", dir / "aiken.kqb", "--source-out",
+          dir / "aiken.txt"},
+         0, aiken + ": imported 1 questions, skipped 1\n", aiken + ":8: skipped: 2 choices; the program shows four"},
+        {{"import", "--strict", "--from", "aiken", aiken, "--title", "T", "-o", dir / "strict.kqb"}, 1, "",
+         aiken + ":8: skipped: 2 choices; the program shows four"},
+        {{"import", "--from", "xml", aiken, "--title", "T", "-o", bank}, 2, "", usage + "the format is aiken or gift, not xml"},
+        {{"import", "--from", "gift", aiken, "--title", "T"}, 2, "", usage + "import needs -o BANK, --source-out FILE or both"},
+        {{"export", "--to", "gift", dir / "aiken.kqb"}, 0,
+         "[html]Which port? {\n=TCP 443\n~TCP 80\n~TCP 22\n~TCP 25\n####The correct answer is A.\n}\n\n", ""},
         {{"encrypt-line", "a", "--key"}, 2, "", usage + "--key needs a value"},
         {{"--key", "", "encrypt-line", "a"}, 2, "", usage + "--key needs a non-empty pass phrase"},
         {{"encrypt-line", ""}, 1, "", usage + "an empty text has no enciphered form"},
