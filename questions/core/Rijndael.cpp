@@ -26,7 +26,7 @@ struct CRijndael::Tables {
     std::array<std::uint8_t, 30> rco{};    // round constants
 
     Tables();
-    std::uint8_t bmul(std::uint8_t x, std::uint8_t y) const;
+    std::uint8_t bmul(std::uint8_t c, std::uint8_t y) const; // c a non-zero constant
     std::uint32_t subWord(std::uint32_t a) const;
     std::uint32_t invMixColumn(std::uint32_t x) const;
 };
@@ -121,19 +121,16 @@ void cipherBlock(const CRijndael::Tables& t, const std::uint32_t* rk, int rounds
             }
         }
     };
-    // Rounds - 1 full rounds, alternating the two state arrays.
-    int r = 1;
-    for (; r + 1 < rounds; r += 2) {
+    // Rounds - 1 full rounds, alternating the two state arrays: an odd
+    // number, as there are 10, 12 or 14 rounds, so the last full round is into `b`.
+    for (int pair = 0; pair < rounds / 2 - 1; ++pair) {
         round(a, b, rk);
         round(b, a, rk + NB);
         rk += 2 * NB;
     }
-    std::uint32_t (*last)[NB] = a;
-    if (r < rounds) {
-        round(a, b, rk);
-        rk += NB;
-        last = b;
-    }
+    round(a, b, rk);
+    rk += NB;
+    std::uint32_t (*last)[NB] = b;
     for (int l = 0; l < Lanes; ++l) {
         for (int j = 0; j < NB; ++j) {
             const std::uint32_t* w = last[l];
@@ -294,11 +291,9 @@ CRijndael::Tables::Tables()
     }
 }
 
-std::uint8_t CRijndael::Tables::bmul(std::uint8_t x, std::uint8_t y) const
+std::uint8_t CRijndael::Tables::bmul(std::uint8_t c, std::uint8_t y) const
 {
-    if (x == 0 || y == 0)
-        return 0;
-    return ptab[(ltab[x] + ltab[y]) % 255];
+    return y == 0 ? 0 : ptab[(ltab[c] + ltab[y]) % 255];
 }
 
 std::uint32_t CRijndael::Tables::subWord(std::uint32_t a) const
@@ -372,7 +367,7 @@ void CRijndael::gkey(std::int32_t nb, std::int32_t nk, std::span<const std::uint
 
 void CRijndael::Encrypt(std::span<std::uint8_t> buff) const
 {
-    if (tables_ == nullptr || Nb_ == 0)
+    if (Nb_ == 0) // no key yet: gkey sets the block size and the tables together
         throw err::make(err::InvalidCall);
     if (buff.size() < static_cast<std::size_t>(4 * Nb_))
         throw err::make(err::SubscriptOutOfRange);
@@ -381,7 +376,7 @@ void CRijndael::Encrypt(std::span<std::uint8_t> buff) const
 
 void CRijndael::Decrypt(std::span<std::uint8_t> buff) const
 {
-    if (tables_ == nullptr || Nb_ == 0)
+    if (Nb_ == 0)
         throw err::make(err::InvalidCall);
     if (buff.size() < static_cast<std::size_t>(4 * Nb_))
         throw err::make(err::SubscriptOutOfRange);

@@ -90,8 +90,8 @@ TEST_F(QuestionLoaderTest, ReadsHeaderAndQuestionBlocksIntoRecords)
         {{"#Title", "I1", "I2", "I3", "plain body line"}, "0 bad title none\n|||\n" + intro + "|||\n"},
         {{}, "0 bad title none\n|||\n|||\n"},
         {withHeader({"#Q", "#E", "#ab", "#Q2", "#E", "#   ", "#Q3", "#E", "=#" + std::string(62, '0'), "#Q4", "#E",
-                     "#\xF0\x9F\x98\x80", "#Q5", "#E", "#\xC3\xA9"}),
-         "5 corrupt bad 1 2 3 4 title Title\n|||\n" + intro + "|Q|E|ab\n|Q2|E|\n|Q3|E|\n"},
+                     "#\xF0\x9F\x98\x80", "#Q5", "#E", "#\xC3\xA9", "#Q6", "#E", "#a\xF0\x9F\x98\x80"}),
+         "6 corrupt bad 1 2 3 4 6 title Title\n|||\n" + intro + "|Q|E|ab\n|Q2|E|\n|Q3|E|\n"},
         {withHeader({"#Q", "=#XYZ"}), "error 13"},
     };
     for (const auto& [lines, expected] : cases) {

@@ -153,11 +153,16 @@ TEST(NavigationTest, AnswersStayWithTheirPositionsWhileNextAndBackMove)
     const std::vector<int> order = orderOf(s, 1, 5);
     const auto next = [&](bool answered = true) { return show(goNext(s, 5, answered, draw), s); };
     const auto back = [&] { return show(goBack(s, 5), s); };
+    for (int option = 1; option <= 4; ++option) {
+        recordAnswer(s, option);
+        EXPECT_EQ(s.UserAnswers[0] + std::to_string(s.OptionAChosen) + std::to_string(s.OptionBChosen) +
+                      std::to_string(s.OptionCChosen) + std::to_string(s.OptionDChosen),
+                  std::string(1, "abcd"[option - 1]) + std::string("0000").replace(option - 1, 1, "1"));
+    }
+    EXPECT_EQ(next(), "moved restore 0 Next Question at 1/1"); // from a restored position 0: nothing to go back to
     s.CurrentQuestion = 1;
+    s.HighestReached = 0;
     recordAnswer(s, 2);
-    EXPECT_EQ(s.UserAnswers[1] + std::to_string(s.OptionAChosen) + std::to_string(s.OptionBChosen) +
-                  std::to_string(s.OptionCChosen) + std::to_string(s.OptionDChosen),
-              "b0100");
     s.UserAnswers[2] = "b";
     EXPECT_EQ(next(false), "stay Next Question at 1/0");
     EXPECT_EQ(next(), "moved restore 2 back Next Question at 2/2");
