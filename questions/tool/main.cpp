@@ -214,7 +214,10 @@ int run(int argc, char** argv)
 
 Failure failure(const std::string& path, int line, const std::string& message)
 {
-    return Failure{path + (line > 0 ? ":" + std::to_string(line) : std::string()) + ": " + message};
+    std::string text = path;
+    if (line > 0)
+        text.append(":").append(std::to_string(line));
+    return Failure{text.append(": ").append(message)};
 }
 
 std::string describe(const RuntimeError& error)
