@@ -70,8 +70,9 @@ std::string windows()
 std::string controls(const Form1& f)
 {
     QStringList names;
-    for (QWidget* w : f.findChildren<QWidget*>())
-        if (w->window() == &f && w->isVisibleTo(&f) && (w->inherits("QAbstractButton") || w->objectName() == "Num_Label1" || w->objectName() == "TimeLeft"))
+    for (QWidget* w : f.findChildren<QWidget*>()) // the buttons, the question header and the time left
+        if (w->window() == &f && w->isVisibleTo(&f)
+            && (w->inherits("QAbstractButton") || QStringList {"Num_Label1", "TimeLeft"}.contains(w->objectName())))
             names << w->objectName();
     return names.join(' ').toStdString();
 }

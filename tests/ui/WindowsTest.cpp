@@ -40,11 +40,14 @@ using namespace std::chrono;
 
 const std::string Asking = "Num_Label1 TimeLeft Option1 Option2 Option3 Option4 Command2 ViewAnswer EndExam";
 const std::string Idle = "Select a new Domain Quiz or Exam from the file menu to begin ";
-const std::string Loaded = "Load Existing Domain Quiz: Your previous Domain Quiz has been loaded.\r\nPress OK to continue.\n";
-const std::string ProgressSaved = "Save Progress: Your current progress has been saved. \r\n\r\nIf you would like to open "
-    "it at any time, go to the file menu, select 'Load Previous Exam or Domain Quiz', then choose the appropriate chapter.\n";
-const std::string ScoreSaved = "Save Score: Your current progress and score has been saved. \r\n\r\nIf you would like to "
-    "open it at any time, go to the file menu, select 'View Previous Scores', then choose the appropriate Exam or Domain Quiz.\n";
+const std::string Loaded
+    = "Load Existing Domain Quiz: Your previous Domain Quiz has been loaded.\r\nPress OK to continue.\n";
+const std::string ProgressSaved = "Save Progress: Your current progress has been saved. \r\n\r\nIf you would like to "
+    "open it at any time, go to the file menu, select 'Load Previous Exam or Domain Quiz', then choose the appropriate "
+    "chapter.\n";
+const std::string ScoreSaved = "Save Score: Your current progress and score has been saved. \r\n\r\nIf you would like "
+    "to open it at any time, go to the file menu, select 'View Previous Scores', then choose the appropriate Exam or "
+    "Domain Quiz.\n";
 
 // --- start-up ------------------------------------------------------------------
 
@@ -57,16 +60,12 @@ TEST(StartupTest, AnIncompleteInstallationEndsTheProgram)
 {
     const std::string reinstall = "MESSAGEBOX\\[KESTA DEMO\\|0\\] One or more required KESTA DEMO data directories are "
                                   "missing\\. A re-installation of KESTA DEMO is necessary\\.\nENDED 1\n$";
-    const std::string tree = "appdata/MORVO/KESTA/All";
-    const struct {
-        std::string missing; // empty: the known-folder lookup fails
-        std::string ends, written;
-    } cases[] = {{"appdata/MORVO", reinstall, ""}, {"appdata/MORVO/KESTA", reinstall, ""}, {tree, reinstall, ""},
-        {tree + "/Log", reinstall, ""}, {tree + "/User", reinstall, ""}, {"", reinstall, ""},
-        {"program/Questions", "\\[Brightquiver Error\\|1\\].*\\[76\\].*ENDED 1\n$", tree + "/Log/ErrorLog.log "}};
+    const std::string tree = "appdata/MORVO/KESTA/All", questions = "program/Questions";
+    const std::string folders[] = {"appdata/MORVO", "appdata/MORVO/KESTA", tree, tree + "/Log", tree + "/User",
+        "" /* the known-folder lookup fails */, questions};
     const fs::path cwd = fs::current_path();
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.missing);
+    for (const std::string& missing : folders) {
+        SCOPED_TRACE(missing);
         TestApp t;
         const auto files = [&] {
             std::set<std::string> all;
@@ -74,21 +73,22 @@ TEST(StartupTest, AnIncompleteInstallationEndsTheProgram)
                 all.insert(fs::relative(entry.path(), t.dir.path()).string());
             return all;
         };
-        if (c.missing.empty())
+        if (missing.empty())
             t.host.appData.reset(), fs::current_path(t.dir.path());
         else
-            fs::remove_all(t.dir / c.missing);
+            fs::remove_all(t.dir / missing);
         const std::set<std::string> before = files();
-        EXPECT_EXIT(t.start(), ::testing::ExitedWithCode(1), c.ends);
+        EXPECT_EXIT(t.start(), ::testing::ExitedWithCode(1),
+            missing == questions ? "\\[Brightquiver Error\\|1\\].*\\[76\\].*ENDED 1\n$" : reinstall);
         fs::current_path(cwd);
         std::string written;
         for (const std::string& file : files())
             written += before.count(file) ? "" : file + " ";
         // KNOWN FAULT, reported: with only the user folder missing, the idle
         // page is written to the log folder before the folders are checked.
-        if (c.missing == tree + "/User" && written == tree + "/Log/qtmp.htm ")
+        if (missing == tree + "/User" && written == tree + "/Log/qtmp.htm ")
             written.clear();
-        EXPECT_EQ(written, c.written);
+        EXPECT_EQ(written, missing == questions ? tree + "/Log/ErrorLog.log " : "");
     }
 }
 
@@ -183,43 +183,6 @@ const Row controlRows[] = {
     }, "KESTA DEMO|[Exit KESTA DEMO][About KESTA DEMO]|[KESTA Exam Demo - Three]|[KESTA Quiz Demo - Five]|[KESTA Exam "
        "Demo - Three(off)]|[KESTA Quiz Demo - Five]|[No scores available(off)]|Ready|1|" + Idle + "|Dialog1 Form1|||"
        "Exit KESTA DEMO|Are you sure you wish to exit KESTA DEMO?|OK|0|Form1||"},
-    {"MainWindowTakesAQuizByButtonsAndKeysAndTheResultsWalkItsWrongAnswers", [](TestApp& t, Form1& f) {
-        f.Review1[0]->trigger();
-        std::string seen = row(text(f.Start_Test), text(f.EndExam), f.mnuPrintQuestions->isEnabled(),
-            text(f.statusPanels[2]), f.WebBrowser1->toPlainText().toStdString(), look(t)) + "\n";
-        click(f.Start_Test);
-        click(f.Command2); // nothing chosen yet
-        seen += row(look(t), at(t)) + "\n";
-        answer(f, "b");
-        f.activateWindow();
-        EXPECT_TRUE(QTest::qWaitForWindowActive(&f));
-        for (Qt::Key letter : {Qt::Key_C, Qt::Key_E, Qt::Key_D}) // typed to whatever has the focus; E is no answer
-            key(QApplication::focusWidget() ? QApplication::focusWidget() : &f, letter);
-        t.host.modalScripts = {[&](QDialog& d) {
-            seen += at(t) + "|" + d.findChild<QTextBrowser*>()->toPlainText().section("Explanation", 0, 0).toStdString();
-            click(d.findChild<QWidget*>("OK"));
-        }};
-        click(f.ViewAnswer);
-        click(f.Back_Command1);
-        seen += row(look(t), t.app->windows.Dialog3.isNull(), at(t), f.Back_Command1->isVisible()) + "\n";
-        click(f.Command2);
-        seen += at(t) + "\n";
-        click(f.Command2);
-        answer(f, "dca");
-        seen += row(look(t), review(t)) + "\n";
-        click(results(t).Expl_Next);
-        seen += review(t) + "\n";
-        click(results(t).Expl_Back);
-        return seen + review(t);
-    }, "Start Domain Quiz|End Domain Quiz|1|Ready|Intro one Intro two Intro three |Form1|Start_Test EndExam|\nForm1|"
-       + Asking + "|KESTA DEMO: The Domain Quiz will now begin. Press OK to continue.\nKESTA DEMO: Please choose an "
-       "answer from the choices below\n|Chapter: KESTA Quiz Demo - Five | Question 1 of 5|-1|1\n"
-       "Chapter: KESTA Quiz Demo - Five | Question 2 of 5|4|1|Chapter: KESTA Quiz Demo - Five, Question 2 of 5\n\n"
-       "Answer: A\n\nForm1|" + Asking + "||1|Chapter: KESTA Quiz Demo - Five | Question 1 of 5|2|1|0\n"
-       "Chapter: KESTA Quiz Demo - Five | Question 2 of 5|4|1\n"
-       "Form2||" + ScoreSaved + "|20%|Chapter: KESTA Quiz Demo - Five | Question 1 of 4|1|0|B\n"
-       "20%|Chapter: KESTA Quiz Demo - Five | Question 2 of 4|1|1|D\n"
-       "20%|Chapter: KESTA Quiz Demo - Five | Question 1 of 4|1|0|B"},
     {"PrintQuestionsPrintsTheQuestionsInFileOrder", [](TestApp& t, Form1& f) {
         take(t, f.Review1[0]);
         f.mnuPrintQuestions->trigger();
@@ -232,20 +195,15 @@ const Row controlRows[] = {
         t.host.printerInstalled = false;
         f.mnuPrintQuestions->trigger();
         const std::string seen = row(printed == inFileOrder, t.host.fakePrinter.documents, said(t.host));
-        // The real printer: a dropped document prints nothing, a printed one shows what it was given.
-        const QString pdf = QString::fromStdString(t.dir / "questions.pdf");
-        const auto printer = QtPrinter::toPdf(pdf);
-        printer->print("dropped");
-        printer->killDoc();
-        printer->endDoc();
-        const bool dropped = !exists(pdf.toStdString());
-        printQuestionList(list, *printer);
+        const QString pdf = QString::fromStdString(t.dir / "questions.pdf"); // the real printer prints what it is given
+        printQuestionList(list, *QtPrinter::toPdf(pdf));
         QProcess pdftotext;
         pdftotext.start("pdftotext", {pdf, "-"});
         pdftotext.waitForFinished(20000);
-        const QString paper = QString::fromUtf8(pdftotext.readAllStandardOutput()).normalized(QString::NormalizationForm_KC);
-        return row(seen, dropped, paper.simplified() == QString::fromStdString(inFileOrder).simplified());
-    }, "1|1|KESTA DEMO: There was a problem printing to your printer.\n|1|1"},
+        const QString paper = QString::fromUtf8(pdftotext.readAllStandardOutput());
+        return row(seen, paper.normalized(QString::NormalizationForm_KC).simplified().toStdString()
+                == QString::fromStdString(inFileOrder).simplified().toStdString());
+    }, "1|1|KESTA DEMO: There was a problem printing to your printer.\n|1"},
     {"OptionsWizardShowsTheOptionsFinishWritesThemCancelKeepsThem", [](TestApp& t, Form1& f) {
         const std::string file = t.user("option.usr");
         writeFile(file, "7\r\n-2\r\n0\r\n2\r\n15\r\n3\r\n");
@@ -270,7 +228,8 @@ const Row controlRows[] = {
         EXPECT_EXIT(wizard([](Config_Wizard_01& w) { w.Combo2->setEditText("soon"), click(w.Next); }),
             ::testing::ExitedWithCode(1), "Run-time error '13'");
         return seen + row(readFile(file), exists(t.errorLog()));
-    }, "0 2 15 3 |7\r\n-2\r\n0\r\n2\r\n15\r\n3\r\n|Form1|||1\n0 2 15 3 |7\r\n-2\r\n2\r\n0\r\n45\r\n12|Form1||KESTA DEMO: If "
+    }, "0 2 15 3 |7\r\n-2\r\n0\r\n2\r\n15\r\n3\r\n|Form1|||1\n0 2 15 3 |7\r\n-2\r\n2\r\n0\r\n45\r\n12|Form1||"
+       "KESTA DEMO: If "
        "you have modified the time per question, the change will take place upon loading a new chapter.\r\n\r\nIf you "
        "have modified the font size, the change will take place when a new question is loaded.\n|1\n"
        "7\r\n-2\r\n2\r\n0\r\n45\r\n12|0"},
@@ -278,7 +237,8 @@ const Row controlRows[] = {
         std::string seen;
         t.host.modalScripts = {[&](QDialog& d) {
             auto& about = dynamic_cast<frmAbout&>(d);
-            seen = row(d.windowTitle().toStdString(), text(about.lblTitle), text(about.lblVersion), text(about.lblDescription));
+            seen = row(d.windowTitle().toStdString(), text(about.lblTitle), text(about.lblVersion),
+                text(about.lblDescription));
             click(about.cmdSysInfo);
             click(about.cmdOK);
         }};
@@ -291,7 +251,10 @@ const Row controlRows[] = {
         const std::function<void(frmSplash&)> triggers[] = {[](frmSplash& s) { click(&s); },
             [](frmSplash& s) { click(s.Frame1); }, [](frmSplash& s) { click(s.lblWarning); },
             [](frmSplash& s) { key(&s, Qt::Key_Space); },
-            [](frmSplash& s) { s.Timer2->setInterval(1), (void)QTest::qWaitFor([&] { return s.isHidden(); }); }};
+            [](frmSplash& s) {
+                s.Timer2->setInterval(1);
+                (void)QTest::qWaitFor([splash = QPointer<frmSplash>(&s)] { return !splash; }); // gone once it fires
+            }};
         std::string seen;
         for (const auto& trigger : triggers) {
             TestApp t; // a program of its own, at its splash
@@ -320,11 +283,37 @@ const Row controlRows[] = {
 
 // Each window hands over to the next.
 const Row handOverRows[] = {
-    {"FinishedQuizResultsCloseWithConfirmationAndTheScoreReopensFromTheMenu", [](TestApp& t, Form1& f) {
-        take(t, f.Review1[0]);
-        answer(f, "abaaa");
+    // The main window's and the results window's controls on the way.
+    {"AQuizTakenByButtonsAndKeysIsScoredReviewedClosedAndReopenedFromTheScoreMenu", [](TestApp& t, Form1& f) {
+        f.Review1[0]->trigger();
+        std::string seen = row(text(f.Start_Test), text(f.EndExam), f.mnuPrintQuestions->isEnabled(),
+            text(f.statusPanels[2]), f.WebBrowser1->toPlainText().toStdString(), look(t)) + "\n";
+        click(f.Start_Test);
+        click(f.Command2); // nothing chosen yet
+        seen += row(look(t), at(t)) + "\n";
+        answer(f, "b");
+        f.activateWindow();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&f));
+        for (Qt::Key letter : {Qt::Key_C, Qt::Key_E, Qt::Key_D}) // typed to whatever has the focus; E is no answer
+            key(QApplication::focusWidget() ? QApplication::focusWidget() : &f, letter);
+        t.host.modalScripts = {[&](QDialog& d) {
+            const QString page = d.findChild<QTextBrowser*>()->toPlainText();
+            seen += at(t) + "|" + page.section("Explanation", 0, 0).toStdString();
+            click(d.findChild<QWidget*>("OK"));
+        }};
+        click(f.ViewAnswer);
+        click(f.Back_Command1);
+        seen += row(look(t), t.app->windows.Dialog3.isNull(), at(t), f.Back_Command1->isVisible()) + "\n";
+        click(f.Command2);
+        seen += at(t) + "\n";
+        click(f.Command2);
+        answer(f, "dca");
         QPointer<Form2> r = &results(t);
-        std::string seen = row(look(t), review(t)) + "\n";
+        seen += row(look(t), review(t)) + "\n";
+        click(r->Expl_Next);
+        seen += review(t) + "\n";
+        click(r->Expl_Back);
+        seen += review(t) + "\n";
         r->close(); // the title bar's close box asks first
         QPointer<QDialog> closing = t.app->windows.Dialog2;
         click(r->Command3); // asking again brings the same question forward
@@ -334,10 +323,18 @@ const Row handOverRows[] = {
                     text(f.mnuScore01[0]) == scoreItem(t.user("quiz.kqb.usr.score1"))) + "\n";
         f.mnuScore01[0]->trigger();
         return seen + row(look(t), review(t), f.Timer1->isActive());
-    }, "Form2||" + ScoreSaved + "|80%|Chapter: KESTA Quiz Demo - Five | Question 1 of 1|0|0|B\nDialog2 Form2|||1|Are "
-       "you sure you wish to close the Explanation window? This will reset the Domain Quiz.\nForm1|||1|" + Idle + "|1\n"
-       "Form2||Open Existing Domain Quiz: Your previous Domain Quiz has been opened.\r\nPress OK to continue.\n"
-       "|80%|Chapter: KESTA Quiz Demo - Five | Question 1 of 1|0|0|B|0"},
+    }, "Start Domain Quiz|End Domain Quiz|1|Ready|Intro one Intro two Intro three |Form1|Start_Test EndExam|\nForm1|"
+       + Asking + "|KESTA DEMO: The Domain Quiz will now begin. Press OK to continue.\nKESTA DEMO: Please choose an "
+       "answer from the choices below\n|Chapter: KESTA Quiz Demo - Five | Question 1 of 5|-1|1\n"
+       "Chapter: KESTA Quiz Demo - Five | Question 2 of 5|4|1|Chapter: KESTA Quiz Demo - Five, Question 2 of 5\n\n"
+       "Answer: A\n\nForm1|" + Asking + "||1|Chapter: KESTA Quiz Demo - Five | Question 1 of 5|2|1|0\n"
+       "Chapter: KESTA Quiz Demo - Five | Question 2 of 5|4|1\n"
+       "Form2||" + ScoreSaved + "|20%|Chapter: KESTA Quiz Demo - Five | Question 1 of 4|1|0|B\n"
+       "20%|Chapter: KESTA Quiz Demo - Five | Question 2 of 4|1|1|D\n"
+       "20%|Chapter: KESTA Quiz Demo - Five | Question 1 of 4|1|0|B\n"
+       "Dialog2 Form2|||1|Are you sure you wish to close the Explanation window? This will reset the Domain Quiz.\n"
+       "Form1|||1|" + Idle + "|1\nForm2||Open Existing Domain Quiz: Your previous Domain Quiz has been opened.\r\n"
+       "Press OK to continue.\n|20%|Chapter: KESTA Quiz Demo - Five | Question 1 of 4|1|0|B|0"},
     {"SavedOnLeavingAndLoadedAfterTheRestart", [](TestApp& t, Form1& f) {
         take(t, f.Review1[0]);
         answer(f, "ab");
@@ -389,7 +386,8 @@ const Row handOverRows[] = {
         auto slot = [&](unsigned k) { return t.user("quiz.kqb.usr.score" + std::to_string(k)); };
         for (unsigned k = 1; k <= 5; ++k) { // five scores, each saved on a day of its own
             writeFile(slot(k), "000000100000\r\n001\r\na");
-            fs::last_write_time(slot(k), fs::file_time_type::clock::from_sys(sys_seconds(sys_days(year(2021) / 3 / k) + 12h)));
+            const sys_seconds noon = sys_days(year(2021) / 3 / k) + 12h;
+            fs::last_write_time(slot(k), fs::file_time_type::clock::from_sys(noon));
         }
         take(t, f.Review1[0]);
         answer(f, "aaaaa");
@@ -456,7 +454,8 @@ const Row handOverRows[] = {
         EXPECT_EXIT(f.quitMenuItem->trigger(), ::testing::ExitedWithCode(0), "MODAL Dialog1\nENDED 0");
         click(f.EndExam);
         click(asked(t.app->windows.Dialog).OKButton);
-        return row(look(t), t.host.modals.size(), exists(t.user("exam.kqb.usr")), readFile(t.user("quiz.kqb.usr")) == saved);
+        return row(look(t), t.host.modals.size(), exists(t.user("exam.kqb.usr")),
+            readFile(t.user("quiz.kqb.usr")) == saved);
     }, "Form1||" + ProgressSaved + Loaded + "|0|0|1"},
 };
 
@@ -489,7 +488,8 @@ std::string announced(QWidget* window)
     for (QWidget* w : window->findChildren<QWidget*>()) {
         auto named = std::find_if(labels.begin(), labels.end(), [w](QLabel* l) { return l->buddy() == w; });
         auto* label = qobject_cast<QLabel*>(w);
-        const bool captioned = named != labels.end() || label || w->inherits("QAbstractButton") || w->inherits("QGroupBox");
+        const bool captioned
+            = named != labels.end() || label || w->inherits("QAbstractButton") || w->inherits("QGroupBox");
         if (!control(w, window) || !(captioned || w->focusPolicy() != Qt::NoFocus || w->inherits("QProgressBar")))
             continue; // frames are not announced
         QString caption = w->property(w->inherits("QGroupBox") ? "title" : "text").toString();
@@ -505,8 +505,8 @@ std::string announced(QWidget* window)
     for (QWidget* w = window->nextInFocusChain(); w != window; w = w->nextInFocusChain())
         if (control(w, window) && (w->focusPolicy() & Qt::TabFocus) && w->isEnabled() && !w->focusProxy())
             chain.push_back(w);
-    std::rotate(chain.begin(),
-        std::min_element(chain.begin(), chain.end(), [&](auto* a, auto* b) { return before(a, b, window); }), chain.end());
+    auto first = std::min_element(chain.begin(), chain.end(), [&](auto* a, auto* b) { return before(a, b, window); });
+    std::rotate(chain.begin(), first, chain.end());
     for (std::size_t i = 0; i < chain.size(); ++i)
         tabs += (i && before(chain[i], chain[i - 1], window) ? "<" : "") + chain[i]->objectName().toStdString() + " ";
     return wrong + "|" + tabs;
