@@ -16,12 +16,10 @@ void FakeHost::execModal(QDialog& dialog)
     modals.push_back(dialog.objectName().toStdString());
     dialog.setModal(true);
     dialog.show();
+    const ModalScript script = modalScripts.empty() ? press("Esc") : modalScripts.front();
+    if (!modalScripts.empty())
+        modalScripts.pop_front(); // before it runs: it may open the next dialog
     QPointer<QDialog> alive(&dialog); // running out of time may unload it meanwhile
-    ModalScript script = press("Esc");
-    if (!modalScripts.empty()) { // taken before it runs: it may open the next dialog
-        script = std::move(modalScripts.front());
-        modalScripts.pop_front();
-    }
     script(dialog);
     if (alive)
         alive->hide(); // as a modal loop ends

@@ -268,7 +268,6 @@ const Row controlRows[] = {
     }, "1|1 1|1 1|1 1|1 1|1 "},
     {"ProgressWindowRunsItsJobOnce", [](TestApp&, Form1&) {
         QPointer<frmProgressBar> window = new frmProgressBar;
-        window->show();
         int runs = 0;
         QObject::connect(window, &frmProgressBar::PerformProcess, [&] {
             ++runs;
@@ -478,27 +477,24 @@ bool before(const QWidget* a, const QWidget* b, const QWidget* window)
 }
 
 // The controls not announced by their caption without the mnemonic marker (a
-// list by the label naming it, a page or a progress bar by a name of its
-// own), then the Tab stops from the one laid out first, "<" marking one that
-// goes back up or left.
+// list by the label naming it, a page or a progress bar by the name given
+// it, never by its value), then the Tab stops from the one laid out first, "<" marking one that
+// goes back up or left. Labels and frames are never reached by Tab.
 std::string announced(QWidget* window)
 {
     std::string wrong, tabs;
     const QList<QLabel*> labels = window->findChildren<QLabel*>();
     for (QWidget* w : window->findChildren<QWidget*>()) {
         auto named = std::find_if(labels.begin(), labels.end(), [w](QLabel* l) { return l->buddy() == w; });
-        auto* label = qobject_cast<QLabel*>(w);
-        const bool captioned
-            = named != labels.end() || label || w->inherits("QAbstractButton") || w->inherits("QGroupBox");
-        if (!control(w, window) || !(captioned || w->focusPolicy() != Qt::NoFocus || w->inherits("QProgressBar")))
+        const QVariant caption = named != labels.end() ? (*named)->property("text")
+            : w->inherits("QProgressBar")                ? QVariant() // its text is its value
+                                                         : w->property(w->inherits("QGroupBox") ? "title" : "text");
+        const bool frame = !caption.isValid() && w->focusPolicy() == Qt::NoFocus && !w->inherits("QProgressBar");
+        if (!control(w, window) || frame)
             continue; // frames are not announced
-        QString caption = w->property(w->inherits("QGroupBox") ? "title" : "text").toString();
-        if (named != labels.end())
-            caption = ui::plainCaption((*named)->text());
-        else if (!label || label->buddy()) // a label for no control is read as it stands
-            caption = ui::plainCaption(caption);
         const QString name = QAccessible::queryAccessibleInterface(w)->text(QAccessible::Name);
-        if (captioned ? name != caption : name.isEmpty())
+        const QString expected = caption.isValid() ? ui::plainCaption(caption.toString()) : w->accessibleName();
+        if (name != expected || (!caption.isValid() && name.isEmpty()))
             wrong += w->objectName().toStdString() + " ";
     }
     std::vector<QWidget*> chain;
