@@ -1,52 +1,96 @@
 #include "support/TestApp.h"
 
-#include <QCoreApplication>
-#include <QEvent>
+#include "common/ui/Widgets.h"
+#include "support/BankWriter.h"
 
+#include <QAction>
+#include <QApplication>
+#include <QDialog>
+#include <QPointer>
 #include <filesystem>
 
 namespace kesta::test {
 
+void FakeHost::execModal(QDialog& dialog)
+{
+    modals.push_back(dialog.objectName().toStdString());
+    dialog.setModal(true);
+    dialog.show();
+    const ModalScript script = modalScripts.empty() ? press("Esc") : modalScripts.front();
+    if (!modalScripts.empty())
+        modalScripts.pop_front(); // before it runs: it may open the next dialog
+    QPointer<QDialog> alive(&dialog); // running out of time may unload it meanwhile
+    script(dialog);
+    if (alive)
+        alive->hide(); // as a modal loop ends
+}
+
+FakeHost::ModalScript press(const char* button)
+{
+    return [name = QString(button)](QDialog& d) {
+        name == "Esc" ? key(&d, Qt::Key_Escape) : click(d.findChild<QWidget*>(name));
+    };
+}
+
 TestApp::TestApp()
 {
-    for (const char* folder : {"MORVO/KESTA/All/Log", "MORVO/KESTA/All/User"})
-        std::filesystem::create_directories(appData() + folder);
-    std::filesystem::create_directories(questionDir());
+    const std::string questions = dir.path() + "/program/Questions";
+    for (const std::string& folder : {dataDir() + "/Log", dataDir() + "/User", questions})
+        std::filesystem::create_directories(folder);
+    writeNumberedBank(questions + "/quiz.kqb", "KESTA Quiz Demo - Five", 5, "a");
+    writeNumberedBank(questions + "/exam.kqb", "KESTA Exam Demo - Three", 3, "abc");
+    writeFile(user("option.usr"), "1\r\n0\r\n0\r\n1\r\n30\r\n5");
     host.appData = dir.path() + "/appdata";
-    app = std::make_unique<App>(host, programDir());
+    restart();
 }
 
-TestApp::~TestApp()
+void TestApp::restart(bool again)
 {
-    for (QWidget* w : QApplication::topLevelWidgets()) {
-        if (w != app->windows.form1)
+    for (QWidget* w : QApplication::topLevelWidgets())
+        if (!qobject_cast<Form1*>(w)) // a main window belongs to its program
             w->deleteLater();
-    }
-    settle();
     app.reset();
     settle();
+    if (again)
+        app = std::make_unique<App>(host, dir.path() + "/program");
 }
 
-Form1& TestApp::start()
+std::string windows()
 {
-    app->showMainWindow();
-    settle();
-    return form1();
+    QStringList names;
+    for (QWidget* w : QApplication::topLevelWidgets())
+        if (w->isVisible())
+            names << w->objectName();
+    names.sort();
+    return names.join(' ').toStdString();
 }
 
-void TestApp::settle()
+std::string controls(const Form1& f)
 {
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    QCoreApplication::processEvents();
+    QStringList names;
+    for (QWidget* w : f.findChildren<QWidget*>()) // the buttons, the question header and the time left
+        if (w->window() == &f && w->isVisibleTo(&f)
+            && (w->inherits("QAbstractButton") || QStringList {"Num_Label1", "TimeLeft"}.contains(w->objectName())))
+            names << w->objectName();
+    return names.join(' ').toStdString();
 }
 
-QWidget* topLevel(const char* objectName)
+std::string items(const std::vector<QAction*>& menuItems)
 {
-    for (QWidget* w : QApplication::topLevelWidgets()) {
-        if (w->objectName() == objectName && w->isVisible())
-            return w;
-    }
-    return nullptr;
+    std::string all;
+    for (QAction* item : menuItems)
+        if (item->isVisible())
+            all += "[" + ui::plainCaption(item->text()).toStdString() + (item->isEnabled() ? "]" : "(off)]");
+    return all;
+}
+
+std::string said(RecordingHost& host)
+{
+    std::string all;
+    for (const MessageBoxRequest& m : host.messages)
+        all += m.title + ": " + m.text + "\n";
+    host.messages.clear();
+    return all;
 }
 
 } // namespace kesta::test

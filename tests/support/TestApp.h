@@ -2,63 +2,85 @@
 
 #include "app/ui/App.h"
 #include "app/ui/Form1.h"
-#include "support/FakeHost.h"
+#include "support/RecordingHost.h"
 #include "support/TempDir.h"
 
-#include <QApplication>
-#include <QWidget>
-
+#include <QCoreApplication>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QTest>
+#include <functional>
 #include <memory>
-#include <ostream>
-#include <string>
-
-// Lets failed comparisons of Qt strings print as text.
-QT_BEGIN_NAMESPACE
-inline void PrintTo(const QString& text, std::ostream* os)
-{
-    *os << '"' << text.toStdString() << '"';
-}
-QT_END_NAMESPACE
+#include <sstream>
 
 namespace kesta::test {
 
-// One whole program in a scratch folder: an all-users data tree, a program
-// folder with an empty Questions folder, a scripted host and the
-// application object. Nothing touches the real data folder.
+// The host of the window tests: modal dialogs are handed to scripted
+// handlers, in order, instead of waiting for a user; a dialog without one is
+// answered with Esc.
+class FakeHost : public RecordingHost {
+public:
+    using ModalScript = std::function<void(QDialog&)>;
+    void execModal(QDialog& dialog) override;
+    std::deque<ModalScript> modalScripts;
+};
+
+// Runs pending deletions and zero-time work, as the event loop would after a user's action.
+inline void settle()
+{
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QCoreApplication::processEvents();
+}
+
+// A modal script that clicks the button of this objectName ("Esc" presses Esc).
+FakeHost::ModalScript press(const char* button);
+
+// One whole program in a scratch folder: an all-users data tree with the
+// default options, and a program folder whose Questions hold a five-question
+// quiz (every answer A) and a three-question exam (answers A, B, C). Nothing
+// touches the real data folder.
 class TestApp {
 public:
     TestApp();
-    ~TestApp();
+    ~TestApp() { restart(false); }
+    // As the splash hands over: loads and shows the main window.
+    Form1& start() { return app->showMainWindow(), settle(), *app->windows.form1; }
+    // The program ends, its windows closed, and (unless not `again`) starts again over the same folders.
+    void restart(bool again = true);
 
-    // Starts the program as the splash hands over: loads and shows the main window.
-    Form1& start();
-
-    std::string appData() const { return dir.path() + "/appdata/"; }       // with trailing separator
-    std::string dataDir() const { return appData() + "MORVO/KESTA/All"; }
-    std::string logDir() const { return dataDir() + "/Log"; }
-    std::string userDir() const { return dataDir() + "/User"; }
-    std::string programDir() const { return dir.path() + "/program"; }
-    std::string questionDir() const { return programDir() + "/Questions"; }
-    std::string pageFile() const { return logDir() + "/qtmp.htm"; }
-    std::string errorLog() const { return logDir() + "/ErrorLog.log"; }
-
-    Form1& form1() { return *app->windows.form1; }
-
-    // Runs pending deferred deletions and timers' zero-time work.
-    static void settle();
+    std::string dataDir() const { return dir.path() + "/appdata/MORVO/KESTA/All"; }
+    std::string user(const std::string& name) const { return dataDir() + "/User/" + name; }
+    std::string errorLog() const { return dataDir() + "/Log/ErrorLog.log"; }
+    SessionState& session() { return app->state.session; }
 
     TempDir dir;
     FakeHost host;
     std::unique_ptr<App> app;
 };
 
-// The top-level window with the given objectName, or null.
-QWidget* topLevel(const char* objectName);
+// --- what the user sees, as text to compare at once ---
 
-template <typename T>
-T* child(QWidget& parent, const char* objectName)
+// The parts joined with "|" (a bool shows as 1 or 0).
+template <typename... Parts> std::string row(const Parts&... parts)
 {
-    return parent.findChild<T*>(objectName);
+    std::ostringstream out;
+    const char* separator = "";
+    ((out << separator << parts, separator = "|"), ...);
+    return out.str();
 }
+
+// A label's or button's caption.
+inline std::string text(const QObject* w) { return w->property("text").toString().toStdString(); }
+// A left click near its left edge, where an answer button has its round indicator; or a key.
+inline void click(QWidget* w) { QTest::mouseClick(w, Qt::LeftButton, {}, QPoint(8, w->height() / 2)), settle(); }
+inline void key(QWidget* w, Qt::Key key) { QTest::keyClick(w, key), settle(); }
+// The shown top-level windows, by objectName.
+std::string windows();
+// The main window's test controls that are shown, by objectName.
+std::string controls(const Form1& f);
+// The shown items' captions, "(off)" when disabled.
+std::string items(const std::vector<QAction*>& menuItems);
+// The message boxes since the last call, "title: text" each.
+std::string said(RecordingHost& host);
 
 } // namespace kesta::test
