@@ -11,12 +11,18 @@
 
 namespace kesta::test {
 
+void settle()
+{
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QCoreApplication::processEvents();
+}
+
 void FakeHost::execModal(QDialog& dialog)
 {
     modals.push_back(dialog.objectName().toStdString());
     dialog.setModal(true);
     dialog.show();
-    const ModalScript script = modalScripts.empty() ? press("Esc") : modalScripts.front();
+    const Script script = modalScripts.empty() ? press() : modalScripts.front();
     if (!modalScripts.empty())
         modalScripts.pop_front(); // before it runs: it may open the next dialog
     QPointer<QDialog> alive(&dialog); // running out of time may unload it meanwhile
@@ -25,7 +31,7 @@ void FakeHost::execModal(QDialog& dialog)
         alive->hide(); // as a modal loop ends
 }
 
-FakeHost::ModalScript press(const char* button)
+Script press(const char* button)
 {
     return [name = QString(button)](QDialog& d) {
         name == "Esc" ? key(&d, Qt::Key_Escape) : click(d.findChild<QWidget*>(name));
@@ -34,13 +40,13 @@ FakeHost::ModalScript press(const char* button)
 
 TestApp::TestApp()
 {
-    const std::string questions = dir.path() + "/program/Questions";
-    for (const std::string& folder : {dataDir() + "/Log", dataDir() + "/User", questions})
+    const std::string questions = dir / "program/Questions";
+    for (const std::string& folder : {questions, user(""), user("../Log")})
         std::filesystem::create_directories(folder);
     writeNumberedBank(questions + "/quiz.kqb", "KESTA Quiz Demo - Five", 5, "a");
     writeNumberedBank(questions + "/exam.kqb", "KESTA Exam Demo - Three", 3, "abc");
     writeFile(user("option.usr"), "1\r\n0\r\n0\r\n1\r\n30\r\n5");
-    host.appData = dir.path() + "/appdata";
+    host.appData = dir / "appdata";
     restart();
 }
 
@@ -52,27 +58,26 @@ void TestApp::restart(bool again)
     app.reset();
     settle();
     if (again)
-        app = std::make_unique<App>(host, dir.path() + "/program");
+        app = std::make_unique<App>(host, dir / "program");
 }
 
-std::string windows()
+std::string TestApp::look()
 {
-    QStringList names;
+    QStringList shown, controls;
     for (QWidget* w : QApplication::topLevelWidgets())
         if (w->isVisible())
-            names << w->objectName();
-    names.sort();
-    return names.join(' ').toStdString();
-}
-
-std::string controls(const Form1& f)
-{
-    QStringList names;
-    for (QWidget* w : f.findChildren<QWidget*>()) // the buttons, the question header and the time left
-        if (w->window() == &f && w->isVisibleTo(&f)
+            shown << w->objectName();
+    shown.sort();
+    const Form1& f = *app->windows.form1;
+    for (QWidget* w : f.findChildren<QWidget*>())
+        if (f.isVisible() && w->window() == &f && w->isVisibleTo(&f)
             && (w->inherits("QAbstractButton") || QStringList {"Num_Label1", "TimeLeft"}.contains(w->objectName())))
-            names << w->objectName();
-    return names.join(' ').toStdString();
+            controls << w->objectName();
+    std::string said;
+    for (const MessageBoxRequest& m : host.messages)
+        said += m.title + ": " + m.text + "\n";
+    host.messages.clear();
+    return row(shown.join(' ').toStdString(), controls.join(' ').toStdString(), said);
 }
 
 std::string items(const std::vector<QAction*>& menuItems)
@@ -81,15 +86,6 @@ std::string items(const std::vector<QAction*>& menuItems)
     for (QAction* item : menuItems)
         if (item->isVisible())
             all += "[" + ui::plainCaption(item->text()).toStdString() + (item->isEnabled() ? "]" : "(off)]");
-    return all;
-}
-
-std::string said(RecordingHost& host)
-{
-    std::string all;
-    for (const MessageBoxRequest& m : host.messages)
-        all += m.title + ": " + m.text + "\n";
-    host.messages.clear();
     return all;
 }
 
