@@ -146,7 +146,7 @@ constexpr std::array<std::int8_t, 256> HexTable = hexDigits();
 bool hexToBytes(const unsigned char* digits, std::size_t pairs, std::uint8_t* bytes)
 {
     std::size_t k = 0;
-    int invalid = 0;
+    bool valid = true;
 #ifdef __SSE2__
     auto within = [](__m128i v, char first, char last) {
         return _mm_and_si128(_mm_cmpgt_epi8(v, _mm_set1_epi8(static_cast<char>(first - 1))),
@@ -156,7 +156,7 @@ bool hexToBytes(const unsigned char* digits, std::size_t pairs, std::uint8_t* by
         const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(digits + 2 * k));
         const __m128i lower = _mm_or_si128(v, _mm_set1_epi8(0x20));
         const __m128i digit = within(v, '0', '9'), letter = within(lower, 'a', 'f');
-        invalid |= _mm_movemask_epi8(_mm_or_si128(digit, letter)) ^ 0xFFFF;
+        valid = valid && _mm_movemask_epi8(_mm_or_si128(digit, letter)) == 0xFFFF;
         const __m128i value = _mm_or_si128(_mm_and_si128(digit, _mm_sub_epi8(v, _mm_set1_epi8('0'))),
                                            _mm_and_si128(letter, _mm_sub_epi8(lower, _mm_set1_epi8('a' - 10))));
         // Each 16-bit lane holds a pair: its first digit in the low byte.
@@ -168,11 +168,10 @@ bool hexToBytes(const unsigned char* digits, std::size_t pairs, std::uint8_t* by
     for (; k < pairs; ++k) {
         const int high = HexTable[digits[2 * k]];
         const int low = HexTable[digits[2 * k + 1]];
-        if ((high | low) < 0)
-            invalid = 1;
+        valid = valid && (high | low) >= 0;
         bytes[k] = static_cast<std::uint8_t>(high * 16 + low);
     }
-    return invalid == 0;
+    return valid;
 }
 
 } // namespace

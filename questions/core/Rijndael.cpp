@@ -248,10 +248,10 @@ void cipherBlock(int nb, const CRijndael::Tables& t, const std::uint32_t* rk, in
 
 CRijndael::Tables::Tables()
 {
+    // The powers of 3 run through every non-zero byte; 3^255 is 1 again, so
+    // the logarithm of 1 comes out as 255, which the multiply takes modulo 255.
     ptab[0] = 1;
-    ltab[0] = 0;
     ptab[1] = 3;
-    ltab[1] = 0;
     ltab[3] = 1;
     for (int i = 2; i < 256; ++i) {
         ptab[i] = static_cast<std::uint8_t>(ptab[i - 1] ^ xtime(ptab[i - 1]));

@@ -73,7 +73,7 @@ TEST(CipherTest, LinesDecipherToTheirTextNothingOrAFatalError)
         {valid.substr(0, 10) + "@" + valid.substr(11), "error 13"}, {valid.substr(0, 62) + "-1", "error 13"},
         {valid.substr(0, 11) + "g" + valid.substr(12), "error 13"}, {valid.substr(0, 12) + "`" + valid.substr(13), "error 13"},
         {valid.substr(0, 13) + "/" + valid.substr(14), "error 13"},
-        {"09AFaf", ""}, {"0/", "error 13"}, {"0:", "error 13"}, {"0@", "error 13"}, {"0G", "error 13"},
+        {"09AFaf", ""}, {"00", ""}, {"0/", "error 13"}, {"0:", "error 13"}, {"0@", "error 13"}, {"0G", "error 13"},
         {"0`", "error 13"}, {"0g", "error 13"}, // the digits' bounds on lines too short for sixteen at a time
     };
     for (const auto& [line, expected] : cases)
