@@ -25,30 +25,15 @@ void writeBankLines(const std::string& path, const std::vector<std::string>& lin
     writeFile(path, bankText(lines));
 }
 
-void writeBank(const std::string& path, const std::string& title, const std::vector<BankQuestion>& questions,
-               const std::vector<std::string>& intro)
-{
-    std::vector<std::string> lines{title};
-    lines.insert(lines.end(), intro.begin(), intro.end());
-    for (const BankQuestion& q : questions) {
-        lines.push_back("#" + q.question);
-        lines.insert(lines.end(), q.choices.begin(), q.choices.end());
-        lines.push_back("#" + q.explanation);
-        lines.push_back("#" + q.answer);
-    }
-    writeBankLines(path, lines);
-}
-
 void writeNumberedBank(const std::string& path, const std::string& title, int count, const std::string& answers)
 {
-    std::vector<BankQuestion> questions;
+    std::vector<std::string> lines{title, "Intro one", "Intro two", "Intro three"};
     for (int k = 1; k <= count; ++k) {
-        questions.push_back({"Question " + std::to_string(k),
-                             {"a) first", "b) second", "c) third", "d) fourth"},
-                             "Explanation " + std::to_string(k),
-                             std::string(1, answers[static_cast<std::size_t>(k - 1) % answers.size()])});
+        lines.insert(lines.end(), {"#Question " + std::to_string(k), "a) first", "b) second", "c) third", "d) fourth",
+                                   "#Explanation " + std::to_string(k),
+                                   "#" + std::string(1, answers[static_cast<std::size_t>(k - 1) % answers.size()])});
     }
-    writeBank(path, title, questions);
+    writeBankLines(path, lines);
 }
 
 } // namespace kesta::test

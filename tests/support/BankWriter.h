@@ -14,19 +14,6 @@ std::string bankText(const std::vector<std::string>& lines, const std::vector<st
 // Writes bankText(lines) to `path`.
 void writeBankLines(const std::string& path, const std::vector<std::string>& lines);
 
-struct BankQuestion {
-    std::string question;             // first question line
-    std::vector<std::string> choices; // further question lines
-    std::string explanation;
-    std::string answer;
-};
-
-// Writes a question file: the title, three introduction lines, then each
-// question as its marked first line, its choices, the marked explanation and
-// the marked answer.
-void writeBank(const std::string& path, const std::string& title, const std::vector<BankQuestion>& questions,
-               const std::vector<std::string>& intro = {"Intro one", "Intro two", "Intro three"});
-
 // A bank of `count` questions: question k reads "Question k", its answer is
 // the letter answers[(k-1) % answers.size()], its explanation "Explanation k".
 void writeNumberedBank(const std::string& path, const std::string& title, int count,

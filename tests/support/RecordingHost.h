@@ -2,7 +2,8 @@
 
 #include "common/core/Host.h"
 
-#include <deque>
+#include <cstdio>
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -18,23 +19,36 @@ public:
     int documents = 0;
 };
 
-// A host for the core: message boxes are answered from a script and
-// recorded, the clock stands still until moved, and ending the program
-// writes what was shown to stderr and exits, so a death test can check both.
+// A host for the core: every message box is recorded and answered OK (Yes), the
+// clock stands still, and ending the program writes what was shown to stderr
+// and exits, so a death test can check both.
 class RecordingHost : public Host {
 public:
-    MessageAnswer messageBox(const MessageBoxRequest& request) override;
-    void execModal(QDialog& dialog) override;
-    [[noreturn]] void endProgram(int status) override;
+    MessageAnswer messageBox(const MessageBoxRequest& request) override
+    {
+        messages.push_back(request);
+        return request.buttons == MessageButtons::YesNo ? MessageAnswer::Yes : MessageAnswer::Ok;
+    }
+    void execModal(QDialog&) override { std::abort(); } // the core shows no dialog
+    [[noreturn]] void endProgram(int status) override
+    {
+        for (const auto& m : messages)
+            std::fprintf(stderr, "MESSAGEBOX[%s|%d] %s\n", m.title.c_str(), static_cast<int>(m.icon), m.text.c_str());
+        for (const auto& name : modals)
+            std::fprintf(stderr, "MODAL %s\n", name.c_str());
+        std::fprintf(stderr, "ENDED %d\n", status);
+        std::fflush(nullptr);
+        std::_Exit(status);
+    }
     std::chrono::system_clock::time_point now() override { return clock; }
     std::uint64_t randomSeed() override { return ++seed; }
     void beep() override { ++beeps; }
     Printer* printer() override { return printerInstalled ? &fakePrinter : nullptr; }
-    std::optional<std::string> knownFolder(std::int32_t folderId) override;
-    bool startSystemInformation() override;
-
-    // Answers for the next message boxes, in order; Ok (Yes) when none is left.
-    std::deque<MessageAnswer> answers;
+    std::optional<std::string> knownFolder(std::int32_t folderId) override
+    {
+        return folderId == 35 ? appData : std::nullopt;
+    }
+    bool startSystemInformation() override { return false; }
 
     std::vector<MessageBoxRequest> messages; // every message box shown
     std::vector<std::string> modals;         // objectName of every modal dialog shown
@@ -44,11 +58,6 @@ public:
     bool printerInstalled = true;
     FakePrinter fakePrinter;
     std::optional<std::string> appData; // what the known-folder lookup answers
-    bool systemInformationAvailable = false;
-    int systemInformationStarts = 0;
-
-    // The texts of the message boxes shown so far.
-    std::vector<std::string> messageTexts() const;
 };
 
 } // namespace kesta::test

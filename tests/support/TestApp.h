@@ -11,6 +11,7 @@
 #include <QDialog>
 #include <QFrame>
 #include <QTest>
+#include <deque>
 #include <filesystem>
 #include <functional>
 #include <sstream>
