@@ -4,9 +4,6 @@
 #include "questions/core/BankSource.h"
 #include "questions/core/Cipher.h"
 
-#include <algorithm>
-#include <string>
-
 using namespace kesta;
 
 void fuzz::target(std::string_view source)
@@ -15,11 +12,9 @@ void fuzz::target(std::string_view source)
     try {
         bank = BuildBank(source, QuestionPassPhrase);
     } catch (const BankSourceError& e) {
-        expect(e.line() >= 1, "a refusal names no line", e.what());
-        return;
+        return expect(e.line() >= 1, "a refusal names no line", e.what());
     }
-    expect(std::count(bank.begin(), bank.end(), '\n') == std::count(source.begin(), source.end(), '\n') &&
-               bank.ends_with("\r\n"),
-           "not one CR LF line per source line");
+    expect(std::ranges::count(bank, '\n') == std::ranges::count(source, '\n') && bank.ends_with("\r\n"),
+        "not one CR LF line per source line");
     expect(DumpBank(bank, QuestionPassPhrase) == source, "the dump of a built file differs from its source");
 }
