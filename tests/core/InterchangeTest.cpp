@@ -56,7 +56,7 @@ TEST(InterchangeTest, ImportKeepsWhatAPageShowsReportsTheRestAndRoundTrips)
         std::string input, source;
         int imported;
         Skips skipped;
-    } cases[] = {
+    } cases[] = { // imported counts one question per q() in the source
         { "aiken: BOM, CR LF, both choice forms, wrapped lines, plain text", QuestionFormat::Aiken, Settings,
             "\xEF\xBB\xBFWhat is 1 < 2 & \"3\"?\r\nA) yes\r\nB. no\r\nC) maybe\r\n  wrapped\t\r\nD) never\r\n"
             "ANSWER: a\r\nWhich\r\nwraps?\r\nA) 1\r\nB) 2\r\nC) 3\r\nD) 4\r\nANSWER: D\r\n\r\n \t\r\n"
@@ -122,12 +122,9 @@ next {=a ~b ~c ~d}
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         const ImportResult result = importQuestions(c.format, c.input, c.settings);
-        EXPECT_EQ(result.source, c.source);
-        EXPECT_EQ(result.imported, c.imported);
-        EXPECT_EQ(skips(result.skipped), c.skipped);
-
         const ExportResult exported = exportQuestions(c.format, *load(result.source));
-        EXPECT_EQ(exported.exported, c.imported);
+        EXPECT_EQ(std::tuple(result.source, result.imported, skips(result.skipped), exported.exported),
+                  std::tuple(c.source, c.imported, c.skipped, c.imported));
         EXPECT_EQ(importQuestions(c.format, exported.text, c.settings).source, result.source);
     }
 }
@@ -138,13 +135,12 @@ TEST(InterchangeTest, ImportRefusesHeadersAFileCannotHoldAndStopsAtTheProgramsLi
         = { { "", {} }, { "T\n", {} }, { "T\xE2\x82", {} }, { "T", { "" } }, { "T", { "1", "2", "3", "4" } } };
     for (const ImportSettings& settings : bad)
         EXPECT_THROW(importQuestions(QuestionFormat::Aiken, "", settings), std::invalid_argument);
-
     std::string many;
     for (int k = 0; k < 1001; ++k)
         many += "Q " + Abcd;
     const ImportResult result = importQuestions(QuestionFormat::Gift, many, Settings);
-    EXPECT_EQ(result.imported, 1000);
-    EXPECT_EQ(skips(result.skipped), Skips { "2001: the program loads at most 1000 questions" });
+    EXPECT_EQ(std::pair(result.imported, skips(result.skipped)),
+              std::pair(1000, Skips { "2001: the program loads at most 1000 questions" }));
 }
 
 TEST(InterchangeTest, ExportTakesRecordsApartAndWritesAikenAsPlainTextAndGiftAsHtml)
@@ -180,11 +176,10 @@ TEST(InterchangeTest, ExportTakesRecordsApartAndWritesAikenAsPlainTextAndGiftAsH
     };
     for (const auto& row : rows) {
         const ExportResult result = exportQuestions(row.format, *list);
-        EXPECT_EQ(result.text, row.text);
-        EXPECT_EQ(result.exported, 1);
-        EXPECT_EQ(skips(result.skipped),
-            (Skips { "2: the answer is not one letter a to d", "3: the answer is not one letter a to d",
-                "4: no four choices a) to d) at its end", "5: no question text", row.lastSkip }));
+        EXPECT_EQ(std::tuple(result.text, result.exported, skips(result.skipped)),
+            std::tuple(row.text, 1, Skips { "2: the answer is not one letter a to d",
+                "3: the answer is not one letter a to d", "4: no four choices a) to d) at its end",
+                "5: no question text", row.lastSkip }));
     }
 }
 

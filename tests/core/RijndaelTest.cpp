@@ -74,20 +74,10 @@ TEST(RijndaelTest, AgreesWithThePublishedVectorsOnBothEngines)
     CRijndael::allowHardware(true);
 }
 
-// The 128-bit block with each key size is AES (FIPS-197, appendix C); a 192-bit block leaves what follows alone.
-TEST(RijndaelTest, The128BitBlockIsAesAndMisuseRaises)
+// A 192-bit block leaves what follows it alone (the question files use only the 256-bit block); misuse raises.
+TEST(RijndaelTest, OtherBlockSizesAndMisuse)
 {
-    const Bytes plain = fromHex("00112233445566778899aabbccddeeff");
     const std::string key = "000102030405060708090a0b0c0d0e0f101112131415161718191a1b1c1d1e1f";
-    for (const auto& [nk, expected] : {std::pair{4, "69c4e0d86a7b0430d8cdb78070b4c55a"},
-                                       {6, "dda97ca4864cdfe06eaf70a0ec0d7191"}, {8, "8ea2b7ca516745bfeafc49904b496089"}}) {
-        const CRijndael cipher = keyed(fromHex(key.substr(0, static_cast<std::size_t>(8 * nk))), 4);
-        Bytes block = plain;
-        cipher.Encrypt(block);
-        EXPECT_EQ(block, fromHex(expected));
-        cipher.Decrypt(block);
-        EXPECT_EQ(block, plain);
-    }
     Bytes wide(32, 0x11);
     keyed(fromHex(key), 6).Encrypt(wide);
     EXPECT_EQ(Bytes(wide.begin() + 24, wide.end()), Bytes(8, 0x11));

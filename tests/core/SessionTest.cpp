@@ -179,8 +179,7 @@ TEST(PagesTest, TheHeaderThePageAndThePrintedText)
     } jammed;
     test::FakePrinter printers[3];
     const std::tuple<Int16, test::FakePrinter*, int, std::size_t> cases[] = {
-        {2, &printers[0], 0, 2}, {0, &printers[1], 0, 0}, {1001, &printers[2], err::SubscriptOutOfRange, 1000},
-        {3, &jammed, 482, 0}};
+        {2, &printers[0], 0, 2}, {1001, &printers[2], err::SubscriptOutOfRange, 1000}, {3, &jammed, 482, 0}};
     for (const auto& [count, printer, error, texts] : cases) {
         list.QuestionCount = count;
         EXPECT_EQ(errorOf([&] { printQuestionList(list, *printer); }), error);
