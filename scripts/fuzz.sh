@@ -14,7 +14,7 @@ CXX=${CXX_FUZZ:-clang++-14}
 seconds=${FUZZ_SECONDS:-10}
 jobs=${FUZZ_JOBS:-2}
 build=$root/build/fuzz
-targets=(cipher loader progress options bank_build bank_dump interchange)
+targets=(cipher loader progress bank_source interchange)
 
 if ! command -v "$CXX" >/dev/null 2>&1; then
   echo "fuzz.sh: $CXX not found; install the packages clang-14 and libclang-rt-14-dev" >&2

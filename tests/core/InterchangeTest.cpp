@@ -143,7 +143,7 @@ TEST(InterchangeTest, ImportRefusesHeadersAFileCannotHoldAndStopsAtTheProgramsLi
               std::pair(1000, Skips { "2001: the program loads at most 1000 questions" }));
 }
 
-TEST(InterchangeTest, ExportTakesRecordsApartAndWritesAikenAsPlainTextAndGiftAsHtml)
+TEST(InterchangeTest, ExportTakesRecordsApartAndWritesAikenAsPlainText)
 {
     const auto list = load("Title: T\nIntro: 1\nIntro: 2\nIntro: 3\n"
                            "Question: Pick <b>one</b> of &#x41;&#66;&nbsp;or {x}:<br>\n"
@@ -157,30 +157,17 @@ TEST(InterchangeTest, ExportTakesRecordsApartAndWritesAikenAsPlainTextAndGiftAsH
                            "Question: a) no stem\n<br>b) 2\n<br>c) 3\n<br>d) 4\nExplanation: E\nAnswer: a\n"
                            "Question: Percent\n<br>a) %1\n<br>b) <img src=\"x\">\n<br>c) 3\n<br>d) 4\n"
                            "Explanation: E\nAnswer: d\n");
-    const struct {
-        QuestionFormat format;
-        std::string text, lastSkip;
-    } rows[] = {
-        { QuestionFormat::Aiken,
-            "Pick one of AB\xC2\xA0or {x}:\nA) "
-            "\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xEF\xBF\xBF\xF0\x90\x80\x80\xF4\x8F\xBF\xBF\n"
-            "B) &#x110000;&#xD800;&bogus;&#;&amp\nC) x y z wi\nD) 1 < 2 & \"q\" 's' A B C 3 < 4\nANSWER: A\n\n",
-            "6: no text left once the HTML is taken out" },
-        { QuestionFormat::Gift,
-            "[html]Pick <b>one</b> of &\\#x41;&\\#66;&nbsp;or \\{x\\}\\: {\n"
-            "=&\\#127;&\\#x80;&\\#x7FF;&\\#x800;&\\#xFFFF;&\\#x10000;&\\#x10FFFF;\n"
-            "~&\\#x110000;&\\#xD800;&bogus;&\\#;&amp\n~x<br/>y<P>z<li>w<i>i</i>\n"
-            "~1 &lt; 2 &amp; &quot;q&quot; &apos;s&apos; A&\\#10;B&\\#13;C 3 < 4\n"
-            "####Why a\\~b\\\\c\\=d?  <br><br>Because.\n}\n\n",
-            "6: a choice starts with %, which GIFT reads as a weight" },
-    };
-    for (const auto& row : rows) {
-        const ExportResult result = exportQuestions(row.format, *list);
-        EXPECT_EQ(std::tuple(result.text, result.exported, skips(result.skipped)),
-            std::tuple(row.text, 1, Skips { "2: the answer is not one letter a to d",
-                "3: the answer is not one letter a to d", "4: no four choices a) to d) at its end",
-                "5: no question text", row.lastSkip }));
-    }
+    // Aiken loses the markup, so what it keeps is compared here; GIFT keeps it and the import table round-trips it.
+    const ExportResult result = exportQuestions(QuestionFormat::Aiken, *list);
+    EXPECT_EQ(std::tuple(result.text, result.exported, skips(result.skipped)),
+        std::tuple(std::string("Pick one of AB\xC2\xA0or {x}:\nA) "
+                               "\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xEF\xBF\xBF\xF0\x90\x80\x80\xF4\x8F\xBF\xBF\n"
+                               "B) &#x110000;&#xD800;&bogus;&#;&amp\nC) x y z wi\nD) 1 < 2 & \"q\" 's' A B C 3 < 4\nANSWER: A\n\n"),
+            1, Skips { "2: the answer is not one letter a to d", "3: the answer is not one letter a to d",
+                   "4: no four choices a) to d) at its end", "5: no question text",
+                   "6: no text left once the HTML is taken out" }));
+    EXPECT_EQ(skips(exportQuestions(QuestionFormat::Gift, *list).skipped).back(),
+        "6: a choice starts with %, which GIFT reads as a weight");
 }
 
 } // namespace

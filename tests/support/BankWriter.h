@@ -1,5 +1,7 @@
 #pragma once
 
+#include "questions/core/Cipher.h"
+
 #include <string>
 #include <vector>
 
@@ -8,15 +10,32 @@ namespace kesta::test {
 // The bytes of a question file: each line enciphered ("#" kept as the marker,
 // "=" writes the rest as it stands, empty stays empty), line i ended with
 // ends[i % size], the last line too unless `endLast` is false.
-std::string bankText(const std::vector<std::string>& lines, const std::vector<std::string>& ends = {"\r\n"},
-                     bool endLast = true);
-
-// Writes bankText(lines) to `path`.
-void writeBankLines(const std::string& path, const std::vector<std::string>& lines);
+inline std::string bankText(const std::vector<std::string>& lines, const std::vector<std::string>& ends = {"\r\n"},
+                            bool endLast = true)
+{
+    std::string content;
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        const std::string& line = lines[i];
+        if (!line.empty() && line[0] == '=')
+            content += line.substr(1);
+        else if (!line.empty())
+            content += (line[0] == '#' ? "#" : "") + EncryptString(line.substr(line[0] == '#'), QuestionPassPhrase);
+        if (endLast || i + 1 < lines.size())
+            content += ends[i % ends.size()];
+    }
+    return content;
+}
 
 // A bank of `count` questions: question k reads "Question k", its answer is
 // the letter answers[(k-1) % answers.size()], its explanation "Explanation k".
-void writeNumberedBank(const std::string& path, const std::string& title, int count,
-                       const std::string& answers = "abcd");
+inline std::string numberedBank(const std::string& title, int count, const std::string& answers)
+{
+    std::vector<std::string> lines{title, "Intro one", "Intro two", "Intro three"};
+    for (int k = 1; k <= count; ++k)
+        lines.insert(lines.end(), {"#Question " + std::to_string(k), "a) first", "b) second", "c) third", "d) fourth",
+                                   "#Explanation " + std::to_string(k),
+                                   "#" + std::string(1, answers[static_cast<std::size_t>(k - 1) % answers.size()])});
+    return bankText(lines);
+}
 
 } // namespace kesta::test

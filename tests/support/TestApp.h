@@ -58,8 +58,8 @@ public:
     {
         for (const std::string& folder : {dir / "program/Questions", user(""), user("../Log")})
             std::filesystem::create_directories(folder);
-        writeNumberedBank(dir / "program/Questions/quiz.kqb", "KESTA Quiz Demo - Five", 5, "a");
-        writeNumberedBank(dir / "program/Questions/exam.kqb", "KESTA Exam Demo - Three", 3, "abc");
+        writeFile(dir / "program/Questions/quiz.kqb", numberedBank("KESTA Quiz Demo - Five", 5, "a"));
+        writeFile(dir / "program/Questions/exam.kqb", numberedBank("KESTA Exam Demo - Three", 3, "abc"));
         writeFile(user("option.usr"), "1\r\n0\r\n0\r\n1\r\n30\r\n5");
         host.appData = dir / "appdata";
         restart();
