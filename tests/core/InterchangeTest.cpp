@@ -57,13 +57,13 @@ TEST(InterchangeTest, ImportKeepsWhatAPageShowsReportsTheRestAndRoundTrips)
         int imported;
         Skips skipped;
     } cases[] = { // imported counts one question per q() in the source
-        { "aiken: BOM, CR LF, both choice forms, wrapped lines, plain text", QuestionFormat::Aiken, Settings,
-            "\xEF\xBB\xBFWhat is 1 < 2 & \"3\"?\r\nA) yes\r\nB. no\r\nC) maybe\r\n  wrapped\t\r\nD) never\r\n"
+        { "aiken: BOM (and one opening the text), CR LF, both choice forms, wrapped lines, plain text", QuestionFormat::Aiken, Settings,
+            "\xEF\xBB\xBF\xEF\xBB\xBFWhat is 1 < 2 & \"3\"?\r\nA) yes\r\nB. no\r\nC) maybe\r\n  wrapped\t\r\nD) never\r\n"
             "ANSWER: a\r\nWhich\r\nwraps?\r\nA) 1\r\nB) 2\r\nC) 3\r\nD) 4\r\nANSWER: D\r\n\r\n \t\r\n"
             "Three\nA) 1\nB) 2\nC) 3\nANSWER: A\n\nNo answer\nA) 1\nB) 2\nC) 3\nD) 4\n\n"
             "Bad letter\nA) 1\nB) 2\nC) 3\nD) 4\nANSWER: E\nAt the end\nA) 1",
             Header
-                + q("What is 1 &lt; 2 &amp; &quot;3&quot;?", "yes", "no", "maybe wrapped", "never",
+                + q("\xEF\xBB\xBFWhat is 1 &lt; 2 &amp; &quot;3&quot;?", "yes", "no", "maybe wrapped", "never",
                     "The correct answer is A.", 'a')
                 + q("Which wraps?", "1", "2", "3", "4", "The correct answer is D.", 'd'),
             2,
@@ -78,7 +78,7 @@ TEST(InterchangeTest, ImportKeepsWhatAPageShowsReportsTheRestAndRoundTrips)
             1, {} },
         { "gift: titles, comments, escapes, formats, feedback, a gap", QuestionFormat::Gift, Settings, R"(// comment
 $CATEGORY: top
-::Title\: one:two::What is
+::Title\: one:\::two::What is
 <b>bold</b>?{
 =Right#Because.
 ~Wrong#No.

@@ -89,8 +89,9 @@ TEST(RijndaelTest, OtherBlockSizesAndMisuse)
     EXPECT_EQ(std::vector<int>({errorOf([&] { CRijndael().gkey(5, 8, block); }), errorOf([&] { CRijndael().gkey(8, 7, block); }),
                                 errorOf([&] { CRijndael().gkey(8, 8, shortBlock); }), errorOf([&] { CRijndael().Decrypt(block); }),
                                 errorOf([&] { unkeyed.Encrypt(block); }), errorOf([&] { keyed(block).Encrypt(shortBlock); }),
-                                errorOf([&] { keyed(block).Decrypt(shortBlock); })}),
-              std::vector<int>({5, 5, 9, 5, 5, 9, 9}));
+                                errorOf([&] { keyed(block).Decrypt(shortBlock); }),
+                                errorOf([&] { CRijndael fresh; fresh.gkey(8, 8, block); fresh.Encrypt(block); })}),
+              std::vector<int>({5, 5, 9, 5, 5, 9, 9, 0}));
 }
 
 // --- the message framing: a 4-byte length, the message, zero padding to whole blocks ---
