@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace kesta::safefile {
 
@@ -33,6 +34,36 @@ inline constexpr std::size_t SmallFileLimit = 64 * 1024;
 
 // Reads the whole file; raises 9 when it holds more than `limit` bytes.
 std::string read(const std::string& path, std::size_t limit);
+
+// A whole file's bytes in memory of their own, given back with them: for a
+// process that reads one large file once (the question-bank tool). The memory
+// is made ready in one step, not page by page as the bytes arrive, and is not
+// cleared before it is filled. A process that reads files again and again
+// does better with `read`, whose memory the allocator hands out again.
+class Contents {
+public:
+    Contents() = default;
+    explicit Contents(std::size_t capacity); // room for `capacity` bytes, none of them read yet
+    Contents(Contents&& other) noexcept { swap(other); }
+    Contents& operator=(Contents other) noexcept { return swap(other), *this; }
+    ~Contents();
+
+    std::string_view view() const { return {data_, size_}; }
+    char* data() { return data_; }
+    void setSize(std::size_t size) { size_ = size; } // at most the capacity: the bytes read so far
+    void swap(Contents& other) noexcept
+    {
+        std::swap(data_, other.data_), std::swap(size_, other.size_), std::swap(capacity_, other.capacity_);
+    }
+
+private:
+    char* data_ = nullptr;
+    std::size_t size_ = 0;
+    std::size_t capacity_ = 0;
+};
+
+// Reads the whole file as `read` does, into memory of its own.
+Contents readWhole(const std::string& path, std::size_t limit);
 
 // The file's first line (up to a CR or LF); raises 62 for an empty file, and
 // Refused when the file is larger than `fileLimit` or the line longer than `lineLimit`.

@@ -105,7 +105,8 @@ int decryptLine(const Arguments& args)
 int build(const Arguments& args)
 {
     const std::string& sourcePath = args.operands[0];
-    const std::string source = readInput(sourcePath, MaxSourceBytes);
+    const safefile::Contents input = readInput(sourcePath, MaxSourceBytes);
+    const std::string_view source = input.view();
     std::string bank;
     try {
         bank = BuildBank(source, args.key);
@@ -119,7 +120,8 @@ int build(const Arguments& args)
 int dump(const Arguments& args)
 {
     const std::string& bankPath = args.operands[0];
-    const std::string bank = readInput(bankPath, MaxBankBytes);
+    const safefile::Contents input = readInput(bankPath, MaxBankBytes);
+    const std::string_view bank = input.view();
     if (bank.empty())
         throw failure(bankPath, 0, "empty; not a question file");
     try {
@@ -225,10 +227,10 @@ std::string describe(const RuntimeError& error)
     return "run-time error " + std::to_string(error.number()) + " (" + error.description() + ")";
 }
 
-std::string readInput(const std::string& path, std::size_t limit)
+safefile::Contents readInput(const std::string& path, std::size_t limit)
 {
     try {
-        return safefile::read(path, limit);
+        return safefile::readWhole(path, limit);
     } catch (const safefile::Refused&) {
         throw failure(path, 0, "not a regular file (a link, a pipe or a device); nothing was read");
     } catch (const RuntimeError& error) {
@@ -240,7 +242,8 @@ std::string readInput(const std::string& path, std::size_t limit)
 
 LoadResult loadBank(const std::string& path, const std::string& key, QuestionList& list)
 {
-    const std::string bank = readInput(path, MaxBankBytes);
+    const safefile::Contents input = readInput(path, MaxBankBytes);
+    const std::string_view bank = input.view();
     if (bank.empty())
         throw failure(path, 0, "empty; not a question file");
     LineDecoder decoder(key);

@@ -2,6 +2,7 @@
 // the place of a file in the data folders and a rename replaces a file whole.
 #include "common/core/SafeFile.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -40,6 +41,22 @@ std::string read(const std::string& path, std::size_t limit)
     std::ostringstream s;
     s << in.rdbuf();
     return s.str();
+}
+
+Contents::Contents(std::size_t capacity) : data_(new char[std::max<std::size_t>(capacity, 1)]), capacity_(capacity) {}
+
+Contents::~Contents()
+{
+    delete[] data_;
+}
+
+Contents readWhole(const std::string& path, std::size_t limit)
+{
+    const std::string bytes = read(path, limit);
+    Contents contents(bytes.size());
+    std::copy(bytes.begin(), bytes.end(), contents.data());
+    contents.setSize(bytes.size());
+    return contents;
 }
 
 std::string readFirstLine(const std::string& path, std::size_t lineLimit, std::size_t fileLimit)
