@@ -104,7 +104,6 @@ TEST_F(QbankToolTest, EveryCommandAnswersWithItsOutputOrOneLineNamingFileAndLine
                                      "not exactly one character\n|"},
         {{}, "2||" + usage + "no command given"},
         {{"build", source}, "2||" + usage + "build needs -o"},
-        {{"--key", "", "encrypt-line", "a"}, "2||" + usage + "--key needs a non-empty pass phrase"},
         {{"encrypt-line", ""}, "1||" + usage + "an empty text has no enciphered form"},
         {{"decrypt-line", "ZZ"}, "1||" + usage + "the line cannot be deciphered: run-time error 13 (Type mismatch)"},
         {{"dump", dir / "none.kqb"}, "1||" + dir / "none.kqb: cannot be read (File not found)"},
