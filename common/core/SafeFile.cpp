@@ -4,11 +4,9 @@
 #include <atomic>
 #include <cerrno>
 #include <csignal>
-#include <new>
 #include <utility>
 
 #include <fcntl.h>
-#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -44,7 +42,11 @@ public:
     explicit Fd(int fd) : fd_(fd) {}
     Fd(const Fd&) = delete;
     Fd& operator=(const Fd&) = delete;
-    ~Fd() { ::close(fd_); } // closing -1 fails harmlessly
+    ~Fd()
+    {
+        if (fd_ != -1)
+            ::close(fd_);
+    }
     int get() const { return fd_; }
     int release() { return std::exchange(fd_, -1); }
 
@@ -188,33 +190,25 @@ std::string read(const std::string& path, std::size_t limit)
     return readOpened(file, limit);
 }
 
-// Anonymous memory populated at once: on a virtual machine each page first
-// touched one by one costs more than reading its bytes.
-Contents::Contents(std::size_t capacity) : capacity_(std::max<std::size_t>(capacity, 1))
-{
-    void* memory = ::mmap(nullptr, capacity_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_POPULATE, -1, 0);
-    if (memory == MAP_FAILED)
-        throw std::bad_alloc();
-    data_ = static_cast<char*>(memory);
-}
-
-Contents::~Contents()
-{
-    if (data_ != nullptr)
-        ::munmap(data_, capacity_);
-}
-
-Contents readWhole(const std::string& path, std::size_t limit)
+Reader::Reader(const std::string& path, std::size_t limit)
 {
     Opened file = openRegular(path);
     if (file.size > limit)
         throw err::make(err::SubscriptOutOfRange);
-    Contents contents(file.size);
-    std::size_t got = 0;
-    while (const std::size_t n = readSome(file.fd.get(), contents.data() + got, file.size - got))
-        got += n;
-    contents.setSize(got);
-    return contents;
+    size_ = left_ = file.size;
+    fd_ = file.fd.release();
+}
+
+Reader::~Reader()
+{
+    ::close(fd_);
+}
+
+std::size_t Reader::read(char* into, std::size_t count)
+{
+    const std::size_t n = readSome(fd_, into, std::min(count, left_));
+    left_ -= n;
+    return n;
 }
 
 std::string readFirstLine(const std::string& path, std::size_t lineLimit, std::size_t fileLimit)

@@ -5,7 +5,6 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
-#include <utility>
 
 namespace kesta::safefile {
 
@@ -35,35 +34,24 @@ inline constexpr std::size_t SmallFileLimit = 64 * 1024;
 // Reads the whole file; raises 9 when it holds more than `limit` bytes.
 std::string read(const std::string& path, std::size_t limit);
 
-// A whole file's bytes in memory of their own, given back with them: for a
-// process that reads one large file once (the question-bank tool). The memory
-// is made ready in one step, not page by page as the bytes arrive, and is not
-// cleared before it is filled. A process that reads files again and again
-// does better with `read`, whose memory the allocator hands out again.
-class Contents {
+// A file opened as `read` opens it, read a part at a time: never more than
+// the size it had when opened, so a file that keeps growing still ends.
+class Reader {
 public:
-    Contents() = default;
-    explicit Contents(std::size_t capacity); // room for `capacity` bytes, none of them read yet
-    Contents(Contents&& other) noexcept { swap(other); }
-    Contents& operator=(Contents other) noexcept { return swap(other), *this; }
-    ~Contents();
+    Reader(const std::string& path, std::size_t limit); // raises as `read` does
+    ~Reader();
+    Reader(const Reader&) = delete;
+    Reader& operator=(const Reader&) = delete;
 
-    std::string_view view() const { return {data_, size_}; }
-    char* data() { return data_; }
-    void setSize(std::size_t size) { size_ = size; } // at most the capacity: the bytes read so far
-    void swap(Contents& other) noexcept
-    {
-        std::swap(data_, other.data_), std::swap(size_, other.size_), std::swap(capacity_, other.capacity_);
-    }
+    std::size_t size() const { return size_; }
+    // Reads up to `count` bytes into `into`; 0 at the end.
+    std::size_t read(char* into, std::size_t count);
 
 private:
-    char* data_ = nullptr;
-    std::size_t size_ = 0;
-    std::size_t capacity_ = 0;
+    int fd_;
+    std::size_t size_;
+    std::size_t left_;
 };
-
-// Reads the whole file as `read` does, into memory of its own.
-Contents readWhole(const std::string& path, std::size_t limit);
 
 // The file's first line (up to a CR or LF); raises 62 for an empty file, and
 // Refused when the file is larger than `fileLimit` or the line longer than `lineLimit`.

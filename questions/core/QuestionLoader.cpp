@@ -3,6 +3,7 @@
 #include "common/core/SafeFile.h"
 #include "questions/core/Cipher.h"
 
+#include <algorithm>
 #include <cstring>
 #include <memory>
 
@@ -52,19 +53,18 @@ public:
     {
     }
 
-    LoadResult run(std::string_view content, QuestionList& list)
+    template <typename Lines> LoadResult run(Lines& lines, QuestionList& list)
     {
-        LineSplitter lines(content);
-        std::string_view line, last;
+        std::string_view line;
         int count = 0;
         while (lines.next(line)) {
             if (++count < MaxQuestionLines)
                 round(line);
             else
-                last = line; // every line from the 10000th on lands in the last slot
+                last_.assign(line); // every line from the 10000th on lands in the last slot
         }
         result_.tooManyLines = count >= MaxQuestionLines;
-        round(last);
+        round(last_);
 
         // The final store keeps a bare break explanation as it stands.
         store(questions_[number_], false);
@@ -150,6 +150,7 @@ private:
     const LineDecipher& decipher_;
     LoadResult result_;
     int rounds_ = 0;
+    std::string last_; // a copy: the view of a line read from a file ends with the next line
     int progress_ = 1;
     int header_ = 1;
     int section_ = 0;
@@ -208,19 +209,84 @@ std::size_t Utf16Length(std::string_view text)
     return units;
 }
 
+FileLines::FileLines(const std::string& path, std::size_t limit, std::size_t block)
+    : reader_(path, limit), buffer_(std::max<std::size_t>(block, 1), '\0')
+{
+}
+
+std::size_t FileLines::nextLf()
+{
+    if (lf_ != std::string::npos && lf_ >= begin_)
+        return lf_;
+    // Where the last search found none it is not searched again: a file of
+    // lone CRs would otherwise be scanned to the buffer's end for every line.
+    const std::size_t from = std::max(scanned_, begin_);
+    const void* found = std::memchr(buffer_.data() + from, '\n', end_ - from);
+    if (found != nullptr)
+        return lf_ = static_cast<std::size_t>(static_cast<const char*>(found) - buffer_.data());
+    lf_ = std::string::npos;
+    return scanned_ = end_;
+}
+
+void FileLines::fill()
+{
+    if (begin_ > 0) {
+        std::memmove(buffer_.data(), buffer_.data() + begin_, end_ - begin_);
+        lf_ = lf_ == std::string::npos || lf_ < begin_ ? std::string::npos : lf_ - begin_;
+        scanned_ = scanned_ > begin_ ? scanned_ - begin_ : 0;
+        end_ -= begin_;
+        begin_ = 0;
+    }
+    if (end_ == buffer_.size())
+        buffer_.resize(2 * buffer_.size()); // one line longer than the buffer
+    const std::size_t n = reader_.read(buffer_.data() + end_, buffer_.size() - end_);
+    end_ += n;
+    atEnd_ = n == 0;
+}
+
+bool FileLines::next(std::string_view& line)
+{
+    for (;;) {
+        const char* const data = buffer_.data();
+        const std::size_t lf = nextLf();
+        const void* cr = std::memchr(data + begin_, '\r', lf - begin_);
+        const std::size_t stop = cr != nullptr ? static_cast<std::size_t>(static_cast<const char*>(cr) - data) : lf;
+        // A CR at the end of what was read may yet be followed by its LF.
+        if (stop < end_ && (data[stop] == '\n' || stop + 1 < end_ || atEnd_)) {
+            line = std::string_view(data + begin_, stop - begin_);
+            begin_ = stop + 1 + (data[stop] == '\r' && stop + 1 < end_ && data[stop + 1] == '\n');
+            return ++number_, true;
+        }
+        if (atEnd_) {
+            if (begin_ == end_)
+                return false;
+            line = std::string_view(data + begin_, end_ - begin_);
+            begin_ = end_;
+            return ++number_, true;
+        }
+        fill();
+    }
+}
+
 LoadResult LoadQuestionText(std::string_view content, QuestionList& list, LoadObserver& observer,
                             const LineDecipher& decipher)
 {
     beginLoad(observer);
-    return Loader(list, observer, decipher).run(content, list);
+    LineSplitter lines(content);
+    return Loader(list, observer, decipher).run(lines, list);
+}
+
+LoadResult LoadQuestionLines(FileLines& lines, QuestionList& list, LoadObserver& observer, const LineDecipher& decipher)
+{
+    return Loader(list, observer, decipher).run(lines, list);
 }
 
 LoadResult LoadQuestionFile(const std::string& filename, QuestionList& list, LoadObserver& observer,
-                            const LineDecipher& decipher)
+                            const LineDecipher& decipher, std::size_t block)
 {
     beginLoad(observer);
-    const std::string content = safefile::read(filename, MaxBankBytes);
-    return Loader(list, observer, decipher).run(content, list);
+    FileLines lines(filename, MaxBankBytes, block);
+    return LoadQuestionLines(lines, list, observer, decipher);
 }
 
 } // namespace kesta

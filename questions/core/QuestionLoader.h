@@ -1,5 +1,6 @@
 #pragma once
 
+#include "common/core/SafeFile.h"
 #include "questions/core/QuestionList.h"
 
 #include <cstddef>
@@ -41,14 +42,43 @@ struct LoadResult {
     bool corrupt() const { return tooManyLines || tooManyQuestions || !badAnswers.empty(); }
 };
 
+// The lines of a file read through the one reader a block at a time, split
+// as LineSplitter splits a whole content; a line's view lasts until the next
+// call. Memory stays at a block unless one line is longer. Opening raises as
+// safefile::read does (75 not a regular file, 9 larger than `limit`, 53 missing).
+class FileLines {
+public:
+    static constexpr std::size_t Block = std::size_t{1} << 18;
+    FileLines(const std::string& path, std::size_t limit, std::size_t block = Block);
+
+    bool empty() const { return reader_.size() == 0; }
+    bool next(std::string_view& line); // false when no line is left
+    int number() const { return number_; } // of the line last given, from 1
+
+private:
+    std::size_t nextLf(); // the next LF at or after begin_; end_ when the buffer holds none
+    void fill();          // moves the unread part to the front and reads more after it
+
+    safefile::Reader reader_;
+    std::string buffer_;
+    std::size_t begin_ = 0, end_ = 0; // the unread part of the buffer
+    std::size_t lf_ = std::string::npos, scanned_ = 0; // a LF found; or none before scanned_
+    bool atEnd_ = false;
+    int number_ = 0;
+};
+
 // The question file reader: fills `list` from the enciphered file at
 // `filename` (records 1..QuestionCount, the introduction in record 1, the
 // empty record 0) without clearing it first, reporting progress and texts
-// to `observer`. The file is read once, whole, through the one reader: a
-// file that is not a regular file raises 75, one larger than MaxBankBytes 9,
-// a missing one 53; an undecipherable line raises whatever `decipher` raises.
+// to `observer`. The file is read once, a block at a time: a file that is not
+// a regular file raises 75, one larger than MaxBankBytes 9, a missing one 53;
+// an undecipherable line raises whatever `decipher` raises.
 LoadResult LoadQuestionFile(const std::string& filename, QuestionList& list, LoadObserver& observer,
-                            const LineDecipher& decipher);
+                            const LineDecipher& decipher, std::size_t block = FileLines::Block);
+
+// The same for lines already opened (the caller can then tell where a load failed).
+LoadResult LoadQuestionLines(FileLines& lines, QuestionList& list, LoadObserver& observer,
+                             const LineDecipher& decipher);
 
 // The same for a file's content already in memory.
 LoadResult LoadQuestionText(std::string_view content, QuestionList& list, LoadObserver& observer,

@@ -36,8 +36,7 @@ int importQuestions(const Arguments& args)
         throw UsageError{"import needs -o BANK, --source-out FILE or both"};
     const QuestionFormat format = formatOf(*args.format);
     const std::string& path = args.operands[0];
-    const safefile::Contents input = readInput(path, MaxSourceBytes);
-    const std::string_view text = input.view();
+    const std::string text = readInput(path, MaxSourceBytes);
     ImportResult result;
     try {
         result = kesta::importQuestions(format, text, {*args.title, args.intro});

@@ -4,7 +4,6 @@
 // failure, and reading and writing files the way every command does.
 
 #include "common/core/RuntimeError.h"
-#include "common/core/SafeFile.h"
 #include "questions/core/QuestionLoader.h"
 
 #include <optional>
@@ -44,7 +43,7 @@ Failure failure(const std::string& path, int line, const std::string& message);
 std::string describe(const RuntimeError& error);
 
 // The whole file, at most `limit` bytes; a failure names the file.
-safefile::Contents readInput(const std::string& path, std::size_t limit);
+std::string readInput(const std::string& path, std::size_t limit);
 
 // Loads a question file as the program does, once; an empty file, one whose
 // line cannot be deciphered or whose first line is no title fails naming it.

@@ -9,8 +9,10 @@
 #include <algorithm>
 #include <cstdio>
 #include <exception>
+#include <functional>
 #include <memory>
 #include <new>
+#include <optional>
 
 namespace kesta::qbank {
 
@@ -105,8 +107,7 @@ int decryptLine(const Arguments& args)
 int build(const Arguments& args)
 {
     const std::string& sourcePath = args.operands[0];
-    const safefile::Contents input = readInput(sourcePath, MaxSourceBytes);
-    const std::string_view source = input.view();
+    const std::string source = readInput(sourcePath, MaxSourceBytes);
     std::string bank;
     try {
         bank = BuildBank(source, args.key);
@@ -120,8 +121,7 @@ int build(const Arguments& args)
 int dump(const Arguments& args)
 {
     const std::string& bankPath = args.operands[0];
-    const safefile::Contents input = readInput(bankPath, MaxBankBytes);
-    const std::string_view bank = input.view();
+    const std::string bank = readInput(bankPath, MaxBankBytes);
     if (bank.empty())
         throw failure(bankPath, 0, "empty; not a question file");
     try {
@@ -227,10 +227,11 @@ std::string describe(const RuntimeError& error)
     return "run-time error " + std::to_string(error.number()) + " (" + error.description() + ")";
 }
 
-safefile::Contents readInput(const std::string& path, std::size_t limit)
+// Runs `open`, which opens `path`, turning its failure into one line naming the file.
+void opening(const std::string& path, std::size_t limit, const std::function<void()>& open)
 {
     try {
-        return safefile::readWhole(path, limit);
+        open();
     } catch (const safefile::Refused&) {
         throw failure(path, 0, "not a regular file (a link, a pipe or a device); nothing was read");
     } catch (const RuntimeError& error) {
@@ -240,31 +241,27 @@ safefile::Contents readInput(const std::string& path, std::size_t limit)
     }
 }
 
+std::string readInput(const std::string& path, std::size_t limit)
+{
+    std::string bytes;
+    opening(path, limit, [&] { bytes = safefile::read(path, limit); });
+    return bytes;
+}
+
 LoadResult loadBank(const std::string& path, const std::string& key, QuestionList& list)
 {
-    const safefile::Contents input = readInput(path, MaxBankBytes);
-    const std::string_view bank = input.view();
-    if (bank.empty())
+    std::optional<FileLines> lines;
+    opening(path, MaxBankBytes, [&] { lines.emplace(path, MaxBankBytes); });
+    if (lines->empty())
         throw failure(path, 0, "empty; not a question file");
     LineDecoder decoder(key);
-    std::string_view deciphering; // the line being deciphered, to name it when it cannot be
-    const LineDecipher decipher = [&](std::string_view line, std::string& text) {
-        deciphering = line;
-        decoder.decode(line, text);
-    };
+    const LineDecipher decipher = [&](std::string_view line, std::string& text) { decoder.decode(line, text); };
     LoadObserver quiet;
     LoadResult result;
     try {
-        result = LoadQuestionText(bank, list, quiet, decipher);
+        result = LoadQuestionLines(*lines, list, quiet, decipher);
     } catch (const RuntimeError& error) {
-        LineSplitter lines(bank);
-        int number = 0;
-        for (std::string_view line; lines.next(line);) {
-            ++number;
-            if (deciphering.data() <= line.data() + line.size())
-                break;
-        }
-        throw failure(path, number, "cannot be deciphered: " + describe(error));
+        throw failure(path, lines->number(), "cannot be deciphered: " + describe(error));
     }
     if (!result.title)
         throw failure(path, 1, "not a question file: its first line is no title the program can read");

@@ -3,6 +3,7 @@
 #include "questions/core/Cipher.h"
 #include "support/BankWriter.h"
 #include "support/Checks.h"
+#include "support/TempDir.h"
 
 #include <gtest/gtest.h>
 
@@ -40,13 +41,24 @@ protected:
     // Loads the text into a list whose record 3 holds a question from before,
     // and describes the whole outcome: the count, the warnings, the title, the
     // records, the events, or the run-time error raised.
+    // The file is also read from disk a few bytes at a time, which must give the same.
     std::string load(const std::string& content)
+    {
+        test::writeFile(dir / "bank.kqb", content);
+        const std::string whole = load(content, 0);
+        for (const std::size_t block : {1, 5})
+            EXPECT_EQ(load(content, block), whole) << block;
+        return whole;
+    }
+    std::string load(const std::string& content, std::size_t block)
     {
         list = std::make_unique<QuestionList>();
         list->Questions[3].Question = "earlier";
         observer = RecordingObserver();
         return test::outcome([&] {
-            const LoadResult r = LoadQuestionText(content, *list, observer, decipherWith(QuestionPassPhrase));
+            const LineDecipher decipher = decipherWith(QuestionPassPhrase);
+            const LoadResult r = block == 0 ? LoadQuestionText(content, *list, observer, decipher)
+                                            : LoadQuestionFile(dir / "bank.kqb", *list, observer, decipher, block);
             std::string out = std::to_string(list->QuestionCount) + (r.tooManyLines ? " lines" : "") +
                               (r.tooManyQuestions ? " questions" : "") + (r.corrupt() ? " corrupt" : "") + " bad";
             for (const int k : r.badAnswers)
@@ -64,6 +76,7 @@ protected:
         return load(bankText(lines, ends, endLast));
     }
 
+    test::TempDir dir;
     std::unique_ptr<QuestionList> list = std::make_unique<QuestionList>();
     RecordingObserver observer;
 };

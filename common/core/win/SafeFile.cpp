@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fcntl.h>
+#include <io.h>
 #include <fstream>
 #include <sstream>
 
@@ -43,20 +45,29 @@ std::string read(const std::string& path, std::size_t limit)
     return s.str();
 }
 
-Contents::Contents(std::size_t capacity) : data_(new char[std::max<std::size_t>(capacity, 1)]), capacity_(capacity) {}
-
-Contents::~Contents()
+Reader::Reader(const std::string& path, std::size_t limit)
 {
-    delete[] data_;
+    checkRegular(path);
+    size_ = left_ = static_cast<std::size_t>(fs::file_size(path));
+    if (size_ > limit)
+        throw err::make(err::SubscriptOutOfRange);
+    fd_ = ::_open(path.c_str(), _O_RDONLY | _O_BINARY);
+    if (fd_ == -1)
+        throw err::make(err::PathFileAccess);
 }
 
-Contents readWhole(const std::string& path, std::size_t limit)
+Reader::~Reader()
 {
-    const std::string bytes = read(path, limit);
-    Contents contents(bytes.size());
-    std::copy(bytes.begin(), bytes.end(), contents.data());
-    contents.setSize(bytes.size());
-    return contents;
+    ::_close(fd_);
+}
+
+std::size_t Reader::read(char* into, std::size_t count)
+{
+    const int n = ::_read(fd_, into, static_cast<unsigned>(std::min<std::size_t>({count, left_, 1u << 30})));
+    if (n < 0)
+        throw err::make(err::PathFileAccess);
+    left_ -= static_cast<std::size_t>(n);
+    return static_cast<std::size_t>(n);
 }
 
 std::string readFirstLine(const std::string& path, std::size_t lineLimit, std::size_t fileLimit)
