@@ -45,6 +45,7 @@ TEST(CipherTest, TextRoundTripsThroughItsUtf16Units)
         {"\xF5\x80\x80\x80", replaced + replaced + replaced + replaced}, // no lead byte past F4
         {"\xC3", replaced}, {"\xE2\x82", replaced + replaced}, {"\xF0\x9F\x98", replaced + replaced + replaced},
         {"\xE2" "A\x80", replaced + "A" + replaced}, {"\xF0\x9F\x98" "A", replaced + replaced + replaced + "A"},
+        {"\xF0\x9F" "A\x80", replaced + replaced + "A" + replaced},
         {"\xC3\xA9x\xE2\x82" "A", "\xC3\xA9x" + replaced + replaced + "A"}, // what precedes a lead byte is no part of it
         {"\xC3\xA9\xF0\x9F\x98" "A", "\xC3\xA9" + replaced + replaced + replaced + "A"},
         {"\xC1\xBF", replaced + replaced}, {"\xE0\x9F\xBF", replaced},  // overlong forms

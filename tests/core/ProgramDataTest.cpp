@@ -11,9 +11,11 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <csignal>
 #include <memory>
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -117,7 +119,7 @@ TEST_F(ProgramDataTest, DeleteTakesWildcardsMoveReplacesALinkAndThePageWriterWra
 
 // What anyone may plant in the shared folders or among the question files: a
 // pipe ('p'; with a reader 'r'), a sparse gigabyte ('b'), a hard link ('h') or
-// a symbolic link ('s') to another user's file. Nothing hangs (a watchdog
+// a symbolic link ('s') to another user's file, an empty file ('e'). Nothing hangs (a watchdog
 // ends the test), nothing planted is written through, and each reader gives
 // the outcome it gives for a file it cannot read.
 TEST_F(ProgramDataTest, HostileFilesNeverHangNorAreWrittenThroughAndGiveTheUnreadableOutcome)
@@ -136,6 +138,8 @@ TEST_F(ProgramDataTest, HostileFilesNeverHangNorAreWrittenThroughAndGiveTheUnrea
             fs::create_hard_link(target, path);
         if (kind == 's')
             fs::create_symlink(target, path);
+        if (kind == 'e')
+            writeFile(path, "");
         if (kind == 'b')
             fs::resize_file((writeFile(path, "1\r\n"), path), std::uintmax_t{1} << 30);
     };
@@ -155,7 +159,7 @@ TEST_F(ProgramDataTest, HostileFilesNeverHangNorAreWrittenThroughAndGiveTheUnrea
         {user("option.usr"), "pbs", [&] { return ReadOptions(host, folders, options), readFile(user("option.usr")); }, defaults},
         {user("q.usr"), "ps", [&] { return readSavedChars(user("q.usr"), saved), ""; }, "error 75"},
         {user("q.usr"), "b", [&] { return readSavedChars(user("q.usr"), saved), ""; }, "error 9"},
-        {user("q.usr"), "p", [&] { return std::to_string(safefile::hasContent(user("q.usr"))); }, "0"},
+        {user("q.usr"), "pe", [&] { return std::to_string(safefile::hasContent(user("q.usr"))); }, "0"},
         {user("t.usr.score2"), "p", [&] { return data.Move_File(user("t.usr.score2"), user("x")), locations(); },
          "Program_Data.Move_File\n"},
         {folders.errorLogPath(), "prhs", logError, "Form1.A()\n1"},
@@ -178,6 +182,14 @@ TEST_F(ProgramDataTest, HostileFilesNeverHangNorAreWrittenThroughAndGiveTheUnrea
     writeFile(dir / "Q/.bank.kqb.Xy12zz", "");
     writeFile(dir / "Q/bank.kqb", "x");
     EXPECT_EQ(listFolderFiles(dir / "Q"), std::vector<std::string>{"bank.kqb"});
+    // A write that fails halfway (here at the file-size limit) keeps the old file and leaves no temporary.
+    struct rlimit limit {};
+    ::getrlimit(RLIMIT_FSIZE, &limit);
+    const rlimit small {8, limit.rlim_max};
+    std::signal(SIGXFSZ, SIG_IGN), ::setrlimit(RLIMIT_FSIZE, &small);
+    EXPECT_EQ(errorOf([&] { safefile::replace(dir / "Q/bank.kqb", std::string(64, 'y')); }), err::PathFileAccess);
+    ::setrlimit(RLIMIT_FSIZE, &limit);
+    EXPECT_EQ(readFile(dir / "Q/bank.kqb") + std::to_string(std::distance(fs::directory_iterator(dir / "Q"), {})), "x2");
     ::alarm(0);
 }
 
