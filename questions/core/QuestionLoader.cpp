@@ -174,26 +174,42 @@ LineDecipher decipherWith(std::string_view passPhrase)
     return [decoder](std::string_view line, std::string& text) { decoder->decode(line, text); };
 }
 
-bool LineSplitter::next(std::string_view& line)
+std::size_t LineCutter::nextLf(const char* data, std::size_t end)
 {
-    if (rest_.empty())
-        return false;
+    if (lf_ != std::string::npos && lf_ >= begin)
+        return lf_;
     // memchr finds the line ends far faster than a loop over every character.
-    const char* const begin = rest_.data();
-    const char* const end = begin + rest_.size();
-    if (nextLf_ == nullptr || nextLf_ < begin) {
-        nextLf_ = static_cast<const char*>(std::memchr(begin, '\n', rest_.size()));
-        if (nextLf_ == nullptr)
-            nextLf_ = end;
+    const std::size_t from = std::max(scanned_, begin);
+    const void* found = std::memchr(data + from, '\n', end - from);
+    if (found != nullptr)
+        return lf_ = static_cast<std::size_t>(static_cast<const char*>(found) - data);
+    lf_ = std::string::npos;
+    return scanned_ = end;
+}
+
+bool LineCutter::cut(const char* data, std::size_t end, bool final, std::string_view& line)
+{
+    const std::size_t lf = nextLf(data, end);
+    const void* cr = std::memchr(data + begin, '\r', lf - begin);
+    const std::size_t stop = cr != nullptr ? static_cast<std::size_t>(static_cast<const char*>(cr) - data) : lf;
+    // A CR at the end of the text may yet be followed by its LF.
+    if (stop < end && (data[stop] == '\n' || stop + 1 < end || final)) {
+        line = std::string_view(data + begin, stop - begin);
+        begin = stop + 1 + (data[stop] == '\r' && stop + 1 < end && data[stop + 1] == '\n');
+        return true;
     }
-    const auto* cr = static_cast<const char*>(std::memchr(begin, '\r', static_cast<std::size_t>(nextLf_ - begin)));
-    const char* lineEnd = cr != nullptr ? cr : nextLf_;
-    line = std::string_view(begin, static_cast<std::size_t>(lineEnd - begin));
-    const char* next = lineEnd == end ? end : lineEnd + 1;
-    if (cr != nullptr && next < end && *next == '\n')
-        ++next;
-    rest_ = std::string_view(next, static_cast<std::size_t>(end - next));
+    if (!final || begin == end)
+        return false;
+    line = std::string_view(data + begin, end - begin);
+    begin = end;
     return true;
+}
+
+void LineCutter::moved()
+{
+    lf_ = lf_ == std::string::npos || lf_ < begin ? std::string::npos : lf_ - begin;
+    scanned_ = scanned_ > begin ? scanned_ - begin : 0;
+    begin = 0;
 }
 
 std::size_t Utf16Length(std::string_view text)
@@ -214,28 +230,12 @@ FileLines::FileLines(const std::string& path, std::size_t limit, std::size_t blo
 {
 }
 
-std::size_t FileLines::nextLf()
-{
-    if (lf_ != std::string::npos && lf_ >= begin_)
-        return lf_;
-    // Where the last search found none it is not searched again: a file of
-    // lone CRs would otherwise be scanned to the buffer's end for every line.
-    const std::size_t from = std::max(scanned_, begin_);
-    const void* found = std::memchr(buffer_.data() + from, '\n', end_ - from);
-    if (found != nullptr)
-        return lf_ = static_cast<std::size_t>(static_cast<const char*>(found) - buffer_.data());
-    lf_ = std::string::npos;
-    return scanned_ = end_;
-}
-
 void FileLines::fill()
 {
-    if (begin_ > 0) {
-        std::memmove(buffer_.data(), buffer_.data() + begin_, end_ - begin_);
-        lf_ = lf_ == std::string::npos || lf_ < begin_ ? std::string::npos : lf_ - begin_;
-        scanned_ = scanned_ > begin_ ? scanned_ - begin_ : 0;
-        end_ -= begin_;
-        begin_ = 0;
+    if (cutter_.begin > 0) {
+        std::memmove(buffer_.data(), buffer_.data() + cutter_.begin, end_ - cutter_.begin);
+        end_ -= cutter_.begin;
+        cutter_.moved();
     }
     if (end_ == buffer_.size())
         buffer_.resize(2 * buffer_.size()); // one line longer than the buffer
@@ -246,26 +246,12 @@ void FileLines::fill()
 
 bool FileLines::next(std::string_view& line)
 {
-    for (;;) {
-        const char* const data = buffer_.data();
-        const std::size_t lf = nextLf();
-        const void* cr = std::memchr(data + begin_, '\r', lf - begin_);
-        const std::size_t stop = cr != nullptr ? static_cast<std::size_t>(static_cast<const char*>(cr) - data) : lf;
-        // A CR at the end of what was read may yet be followed by its LF.
-        if (stop < end_ && (data[stop] == '\n' || stop + 1 < end_ || atEnd_)) {
-            line = std::string_view(data + begin_, stop - begin_);
-            begin_ = stop + 1 + (data[stop] == '\r' && stop + 1 < end_ && data[stop + 1] == '\n');
-            return ++number_, true;
-        }
-        if (atEnd_) {
-            if (begin_ == end_)
-                return false;
-            line = std::string_view(data + begin_, end_ - begin_);
-            begin_ = end_;
-            return ++number_, true;
-        }
+    while (!cutter_.cut(buffer_.data(), end_, atEnd_, line)) {
+        if (atEnd_)
+            return false;
         fill();
     }
+    return ++number_, true;
 }
 
 LoadResult LoadQuestionText(std::string_view content, QuestionList& list, LoadObserver& observer,

@@ -42,9 +42,41 @@ struct LoadResult {
     bool corrupt() const { return tooManyLines || tooManyQuestions || !badAnswers.empty(); }
 };
 
-// The lines of a file read through the one reader a block at a time, split
-// as LineSplitter splits a whole content; a line's view lasts until the next
-// call. Memory stays at a block unless one line is longer. Opening raises as
+// The rule that cuts text into lines: CR LF, a lone CR and a lone LF each end
+// a line; a last line without an end still counts. It cuts from `begin` on in
+// text that may grow at its end or move to the front between calls.
+class LineCutter {
+public:
+    // The next line of data[begin, end) as a view into it; false when none is
+    // whole there. `final`: nothing follows `end`, so a CR there ends its line
+    // and a last line needs no end; otherwise more text must come first.
+    bool cut(const char* data, std::size_t end, bool final, std::string_view& line);
+    // The text from `begin` on has moved to the front.
+    void moved();
+
+    std::size_t begin = 0; // where the next line starts
+
+private:
+    std::size_t nextLf(const char* data, std::size_t end);
+
+    std::size_t lf_ = std::string::npos; // an LF found at or after begin
+    std::size_t scanned_ = 0; // no LF between begin and here: a file of lone CRs is not scanned again per line
+};
+
+// The lines of a content in memory, as views into it.
+class LineSplitter {
+public:
+    explicit LineSplitter(std::string_view content) : content_(content) {}
+    bool next(std::string_view& line) { return cutter_.cut(content_.data(), content_.size(), true, line); }
+
+private:
+    std::string_view content_;
+    LineCutter cutter_;
+};
+
+// The lines of a file read through the one reader a block at a time, cut as
+// LineSplitter cuts a whole content; a line's view lasts until the next call.
+// Memory stays at a block unless one line is longer. Opening raises as
 // safefile::read does (75 not a regular file, 9 larger than `limit`, 53 missing).
 class FileLines {
 public:
@@ -56,13 +88,12 @@ public:
     int number() const { return number_; } // of the line last given, from 1
 
 private:
-    std::size_t nextLf(); // the next LF at or after begin_; end_ when the buffer holds none
-    void fill();          // moves the unread part to the front and reads more after it
+    void fill(); // moves the unread part to the front and reads more after it
 
     safefile::Reader reader_;
     std::string buffer_;
-    std::size_t begin_ = 0, end_ = 0; // the unread part of the buffer
-    std::size_t lf_ = std::string::npos, scanned_ = 0; // a LF found; or none before scanned_
+    std::size_t end_ = 0; // what has been read into the buffer
+    LineCutter cutter_;
     bool atEnd_ = false;
     int number_ = 0;
 };
@@ -84,18 +115,6 @@ LoadResult LoadQuestionLines(FileLines& lines, QuestionList& list, LoadObserver&
 LoadResult LoadQuestionText(std::string_view content, QuestionList& list, LoadObserver& observer,
                             const LineDecipher& decipher);
 
-// The lines of a file as views into its content: CR LF, a lone CR and a lone
-// LF each end a line; a last line without an end still counts.
-class LineSplitter {
-public:
-    explicit LineSplitter(std::string_view content) : rest_(content) {}
-    // The next line; false when none is left.
-    bool next(std::string_view& line);
-
-private:
-    std::string_view rest_;
-    const char* nextLf_ = nullptr; // remembered so a file of lone CRs is not scanned again for each line
-};
 
 // Length of UTF-8 text in UTF-16 code units: what "one character" means
 // for an answer.
