@@ -147,7 +147,7 @@ TEST(InterchangeTest, ExportTakesRecordsApartAndWritesAikenAsPlainText)
 {
     const auto list = load("Title: T\nIntro: 1\nIntro: 2\nIntro: 3\n"
                            "Question: Pick <b>one</b> of &#x41;&#66;&nbsp;or {x}:<br>\n"
-                           "<br>a) &#127;&#x80;&#x7FF;&#x800;&#xFFFF;&#x10000;&#x10FFFF;\n"
+                           "<br>a) &#127;&#x80;&#x7FF;&#x800;&#xFFFF;&#x10000;&#x1F600;&#x10FFFF;\n"
                            "<br>b) &#x110000;&#xD800;&bogus;&#;&amp\n<br>c) x<br/>y<P>z<li>w<i>i</i>\n"
                            "d) 1 &lt; 2 &amp; &quot;q&quot; &apos;s&apos; A&#10;B&#13;C 3 < 4\n"
                            "Explanation: Why a~b\\c=d?\n<br><br>Because.\nAnswer: a\n"
@@ -161,7 +161,7 @@ TEST(InterchangeTest, ExportTakesRecordsApartAndWritesAikenAsPlainText)
     const ExportResult result = exportQuestions(QuestionFormat::Aiken, *list);
     EXPECT_EQ(std::tuple(result.text, result.exported, skips(result.skipped)),
         std::tuple(std::string("Pick one of AB\xC2\xA0or {x}:\nA) "
-                               "\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xEF\xBF\xBF\xF0\x90\x80\x80\xF4\x8F\xBF\xBF\n"
+                               "\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xEF\xBF\xBF\xF0\x90\x80\x80\xF0\x9F\x98\x80\xF4\x8F\xBF\xBF\n"
                                "B) &#x110000;&#xD800;&bogus;&#;&amp\nC) x y z wi\nD) 1 < 2 & \"q\" 's' A B C 3 < 4\nANSWER: A\n\n"),
             1, Skips { "2: the answer is not one letter a to d", "3: the answer is not one letter a to d",
                    "4: no four choices a) to d) at its end", "5: no question text",

@@ -97,6 +97,7 @@ TEST(ScoringTest, PagesShowTheAnswersUpperCasedWithTabsWidened)
     EXPECT_EQ(answerPage(s->session, s->questions),
               "Chapter: KESTA Quiz Demo, Question 4 of 3<br><br>Answer: A<br><br>Explanation: Nothing   here");
     EXPECT_EQ(upperAscii("az\xC3\xA9{`"), "AZ\xC3\xA9{`");
+    EXPECT_EQ(previousIncorrect(s->session, s->questions, 2), 1); // the first position is searched too
 }
 
 } // namespace
