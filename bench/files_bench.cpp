@@ -77,8 +77,8 @@ std::string sized(const std::string& name, std::uintmax_t bytes, char fill)
 
 void qbank(const std::string& command, const std::string& path)
 {
-    std::freopen("/dev/null", "w", stdout);
-    std::freopen("/dev/null", "w", stderr);
+    if (!std::freopen("/dev/null", "w", stdout) || !std::freopen("/dev/null", "w", stderr))
+        std::_Exit(127); // its output would garble the figures
     ::execl(KESTA_QBANK, "kesta-qbank", command.c_str(), path.c_str(), static_cast<char*>(nullptr));
 }
 
