@@ -19,6 +19,7 @@
 #include <QStatusBar>
 #include <QTextBrowser>
 #include <QTimer>
+#include <cstdio>
 
 namespace kesta {
 
@@ -210,14 +211,21 @@ void Form1::Form_Load()
         InitializeVariables();
         ShowStatusProgress(true);
 
-        // Every folder is tested, even after one is found missing.
+        // Every folder is tested, even after one is found missing. The message box names no folder, so the
+        // first one missing (the top of what is gone: parents come first) is named on standard error for
+        // whoever repairs the installation.
         const std::string base = folders.BaseDir;
-        bool allPresent = true;
+        std::string missing;
         for (const std::string& folder : {base + "/MORVO", base + "/MORVO/KESTA", folders.DataDir, folders.LogDir,
                                           folders.UserDir}) {
-            allPresent = app_.data.Dir_Exists(folder) && allPresent;
+            if (!app_.data.Dir_Exists(folder) && missing.empty())
+                missing = folder;
         }
-        if (!allPresent) {
+        if (!missing.empty()) {
+            // Shown as a user would type it: without the doubled separator the first two paths hold.
+            if (const std::size_t doubled = missing.find("//"); doubled != std::string::npos)
+                missing.erase(doubled, 1);
+            std::fprintf(stderr, "kesta-demo: missing data folder: %s\n", missing.c_str());
             const std::string title = AppTitle;
             app_.host.messageBox({title,
                                   "One or more required " + title + " data directories are missing. A re-installation of " +

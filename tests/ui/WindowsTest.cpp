@@ -62,7 +62,9 @@ TEST(StartupTest, AnIncompleteInstallationEndsTheProgram)
         missing.empty() ? t.host.appData.reset() : (void)fs::remove_all(t.dir / missing);
         const std::set<std::string> before = files(t.dir.path());
         EXPECT_EXIT((fs::current_path(t.dir.path()), t.start()), ::testing::ExitedWithCode(1), // no folders here either
-            missing == questions ? "\\[Brightquiver Error\\|1\\].*\\[76\\].*ENDED 1\n$" : reinstall);
+            missing == questions ? "\\[Brightquiver Error\\|1\\].*\\[76\\].*ENDED 1\n$"
+                                 : "kesta-demo: missing data folder: " + (missing.empty() ? "/MORVO" : ".*/" + missing)
+                    + "\n" + reinstall);
         std::string written;
         for (const std::string& file : files(t.dir.path()))
             written += before.count(file) ? "" : file + " ";
