@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Installs the Debian 12 packages the build, the tests and the program need,
-# when any is missing. Runs apt-get as root, through sudo when needed.
+# Installs the Debian 12 packages that the build, the tests, the package and
+# its checks, and the program need, when any is missing. Runs apt-get as root,
+# through sudo when needed.
 set -euo pipefail
 
 packages=(
@@ -10,6 +11,7 @@ packages=(
   xvfb xauth xdotool poppler-utils fonts-liberation2
   dbus at-spi2-core python3-pyatspi
   clang-14 libclang-rt-14-dev
+  dpkg-dev file lintian desktop-file-utils appstream
 )
 
 missing=()

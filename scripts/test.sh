@@ -1,7 +1,9 @@
 #!/usr/bin/env bash
 # Builds and runs every test twice: in a normal build and in a build with
-# AddressSanitizer and UndefinedBehaviorSanitizer; then runs each fuzz target
-# for a few seconds. Any failure or sanitizer report fails the run.
+# AddressSanitizer and UndefinedBehaviorSanitizer; then builds the Debian
+# package and a local install and checks both (scripts/check-install.sh), and
+# runs each fuzz target for a few seconds. Any failure, sanitizer report, or
+# error or warning about the package fails the run.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -14,6 +16,9 @@ for preset in dev asan; do
   echo "=== ${preset}: tests"
   ctest --preset "$preset"
 done
+
+echo "=== package and local install"
+bash scripts/check-install.sh
 
 echo "=== fuzz"
 bash scripts/fuzz.sh
