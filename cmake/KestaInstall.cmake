@@ -57,7 +57,7 @@ if(KESTA_BUILD_GUI)
     endif()
     string(REPLACE "%" "%%" kesta_exec "${kesta_exec}")
     file(READ "${kesta_entry_source}" kesta_entry)
-    string(REGEX REPLACE "\nExec=[^\n]*" "\nExec=${kesta_exec}" kesta_entry "${kesta_entry}")
+    string(REPLACE "\nExec=kesta-demo\n" "\nExec=${kesta_exec}\n" kesta_entry "${kesta_entry}")
     file(WRITE "${kesta_entry_built}" "${kesta_entry}")
     file(INSTALL DESTINATION "${CMAKE_INSTALL_PREFIX}/${kesta_datadir}/applications" TYPE FILE
          FILES "${kesta_entry_built}"
