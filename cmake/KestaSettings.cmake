@@ -18,9 +18,9 @@ if(KESTA_SANITIZE)
 else()
   # The programs read question banks from strangers and write in folders every user shares: overflows of
   # the stack or of a known-size buffer end the program, and the relocations are read-only before main.
-  # Checked buffer functions need the optimiser's object sizes, so a build without optimisation goes
-  # without them (it would only warn). The sanitizer builds find the same faults their own way.
+  # Checked buffer functions need the optimiser's object sizes, so only the optimised build types get them
+  # (elsewhere they would only warn). The sanitizer builds find the same faults their own way.
   target_compile_options(kesta_settings INTERFACE -fstack-protector-strong
-                                                  "$<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>")
+    "$<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>")
   target_link_options(kesta_settings INTERFACE LINKER:-z,relro,-z,now)
 endif()

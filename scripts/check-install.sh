@@ -11,12 +11,14 @@ cd "$(dirname "$0")/.."
 scratch=$(mktemp -d "${TMPDIR:-/tmp}/kesta-install.XXXXXX")
 trap 'rm -rf "$scratch"' EXIT
 fail() { echo "check-install: $*" >&2; exit 1; }
+# desktop-file-validate ends well after warnings and hints too; any word from it fails.
+validate() { local out; out=$(desktop-file-validate "$1" 2>&1) && [ -z "$out" ] || fail "$1: ${out:-invalid}"; }
 
 echo "=== package"
 deb=$(KESTA_JOBS=2 bash scripts/package.sh)
 lintian --pedantic --fail-on error,warning "$deb"
 dpkg-deb -x "$deb" "$scratch/deb"
-desktop-file-validate "$scratch/deb/usr/share/applications/kesta-demo.desktop"
+validate "$scratch/deb/usr/share/applications/kesta-demo.desktop"
 appstreamcli validate --pedantic --no-net "$scratch"/deb/usr/share/metainfo/*.metainfo.xml |
   tee "$scratch/appstream.txt"
 ! grep -q '^[EW]:' "$scratch/appstream.txt" || fail "AppStream metadata with errors or warnings"
@@ -28,7 +30,7 @@ env -u DISPLAY -u WAYLAND_DISPLAY -u XDG_DATA_HOME -u KESTA_PREFIX -u KESTA_APPD
   bash scripts/setup-and-run.sh | tee "$scratch/setup.txt"
 grep -qF "xvfb-run -a \"$home/.local/bin/kesta-demo\"" "$scratch/setup.txt" || fail "no way to start it printed"
 entry="$home/.local/share/applications/kesta-demo.desktop"
-desktop-file-validate "$entry"
+validate "$entry"
 [ "$(sed -n 's/^Exec=//p' "$entry")" = "$home/.local/bin/kesta-demo" ] || fail "$entry: Exec= is not the launcher"
 [ -f "$home/.local/share/icons/hicolor/scalable/apps/$(sed -n 's/^Icon=//p' "$entry").svg" ] || fail "no icon"
 

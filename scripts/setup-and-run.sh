@@ -27,7 +27,8 @@ remove_installed() {
   done <"$manifest"
   rm -f -- "$manifest"
   # Folders of the program's own, unless they hold something the install did not put there.
-  rmdir -- "$prefix/lib/kesta-demo/Questions" "$prefix/lib/kesta-demo" "$prefix/share/doc/kesta-demo" 2>/dev/null || true
+  rmdir -- "$prefix/lib/kesta-demo/Questions" "$prefix/lib/kesta-demo" "$prefix/share/doc/kesta-demo" \
+    2>/dev/null || true
 }
 
 if [ "${1:-}" = "--uninstall" ]; then
