@@ -2,38 +2,17 @@
 
 #include "common/core/SafeFile.h"
 
+#include <algorithm>
+#include <charconv>
+
 namespace kesta {
-
-namespace {
-
-int hexDigit(char c)
-{
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
-    return -1;
-}
-
-bool isSchemeChar(char c)
-{
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '+' || c == '-'
-        || c == '.';
-}
-
-} // namespace
 
 std::optional<std::string> pageResourcePath(std::string_view url)
 {
     url = url.substr(0, url.find_first_of("?#"));
     const std::size_t colon = url.find(':');
-    if (colon != std::string_view::npos && colon > 0 && url.find('/') > colon) {
-        for (std::size_t k = 0; k < colon; ++k) {
-            if (!isSchemeChar(url[k]))
-                return std::nullopt;
-        }
+    // A name before a colon and any slash is a scheme, as the view reads it.
+    if (colon != std::string_view::npos && url.find('/') > colon) {
         std::string scheme(url.substr(0, colon));
         for (char& c : scheme)
             c = static_cast<char>(c | 0x20);
@@ -43,11 +22,11 @@ std::optional<std::string> pageResourcePath(std::string_view url)
     }
     // "//host/path": only this machine's files are read.
     if (url.substr(0, 2) == "//") {
-        const std::size_t slash = url.find('/', 2);
-        const std::string_view host = url.substr(2, slash == std::string_view::npos ? url.size() : slash - 2);
+        const std::size_t slash = std::min(url.find('/', 2), url.size());
+        const std::string_view host = url.substr(2, slash - 2);
         if (!host.empty() && host != "localhost")
             return std::nullopt;
-        url.remove_prefix(slash == std::string_view::npos ? url.size() : slash);
+        url.remove_prefix(slash);
     }
     std::string path;
     for (std::size_t k = 0; k < url.size(); ++k) {
@@ -55,15 +34,14 @@ std::optional<std::string> pageResourcePath(std::string_view url)
             path += url[k];
             continue;
         }
-        const int high = k + 2 < url.size() ? hexDigit(url[k + 1]) : -1;
-        const int low = high >= 0 ? hexDigit(url[k + 2]) : -1;
-        if (low < 0 || (high == 0 && low == 0))
+        unsigned byte = 0;
+        const char* digits = url.data() + k + 1;
+        const char* end = url.data() + std::min(k + 3, url.size());
+        if (std::from_chars(digits, end, byte, 16).ptr != digits + 2 || byte == 0)
             return std::nullopt; // malformed, or a NUL that would cut the name short
-        path += static_cast<char>(high * 16 + low);
+        path += static_cast<char>(byte);
         k += 2;
     }
-    if (path.empty())
-        return std::nullopt;
     return path;
 }
 
