@@ -3,7 +3,10 @@
 // line ends, a 200 MB file handed to kesta-qbank check; and check of a 7 MB
 // bank. Each case runs in a child process of its own, so the peak memory
 // reported ("peak_MB", the child's maximum resident set) is that case's alone,
-// plus the few megabytes of the benchmark process it starts as.
+// plus the few megabytes of the benchmark process it starts as. With the
+// windows built, the main window also shows quizzes of hostile pages (an
+// image that names a device or a pipe, one huge question): the time is from
+// choosing the quiz to its first question on screen.
 #include "BenchBanks.h"
 #include "app/core/Options.h"
 #include "questions/core/QuestionLoader.h"
@@ -15,7 +18,17 @@
 #include <memory>
 
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
+#include <unistd.h>
+
+#ifdef KESTA_BENCH_WINDOWS
+#include "app/ui/App.h"
+#include "app/ui/Form1.h"
+
+#include <QAction>
+#include <QApplication>
+#endif
 
 namespace {
 
@@ -23,6 +36,7 @@ using namespace kesta;
 
 // Answers every message box and records nothing: the cases only need to run.
 struct QuietHost final : Host {
+    std::optional<std::string> appData;
     MessageAnswer messageBox(const MessageBoxRequest&) override { return MessageAnswer::Ok; }
     void execModal(QDialog&) override {}
     [[noreturn]] void endProgram(int status) override { std::_Exit(status); }
@@ -30,34 +44,62 @@ struct QuietHost final : Host {
     std::uint64_t randomSeed() override { return 1; }
     void beep() override {}
     Printer* printer() override { return nullptr; }
-    std::optional<std::string> knownFolder(std::int32_t) override { return std::nullopt; }
+    std::optional<std::string> knownFolder(std::int32_t) override { return appData; }
     bool startSystemInformation() override { return false; }
 };
 
-// Runs `child` in a process of its own; the seconds it took and its peak resident megabytes.
-std::pair<double, double> measure(const std::function<void()>& child)
+struct Measured {
+    double seconds;
+    double megabytes; // peak resident
+    bool killed;      // ended by a signal: out of time or of memory
+};
+
+// Runs `child` in a process of its own, which may take at most 30 s and 2 GB:
+// the seconds it took (or those it reports itself, when it times only a part
+// of its work), its peak resident megabytes and whether it was killed.
+Measured measure(const std::function<double()>& child)
 {
+    int seconds[2];
+    if (::pipe(seconds) != 0)
+        std::abort();
     const auto start = std::chrono::steady_clock::now();
     const pid_t pid = ::fork();
     if (pid == 0) {
-        child();
+        const rlimit memory{rlim_t{2} << 30, rlim_t{2} << 30};
+        ::setrlimit(RLIMIT_AS, &memory);
+        ::alarm(30);
+        const double part = child();
+        (void)!::write(seconds[1], &part, sizeof part);
         std::_Exit(0);
     }
+    ::close(seconds[1]);
     int status = 0;
     struct rusage usage {};
     ::wait4(pid, &status, 0, &usage);
-    return {std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count(), usage.ru_maxrss / 1024.0};
+    double part = -1;
+    const bool reported = ::read(seconds[0], &part, sizeof part) == sizeof part && part >= 0;
+    ::close(seconds[0]);
+    const double whole = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    return {reported ? part : whole, usage.ru_maxrss / 1024.0, WIFSIGNALED(status)};
+}
+
+void reportTimed(benchmark::State& state, const std::function<double()>& child)
+{
+    double peak = 0;
+    bool killed = false;
+    for (auto _ : state) {
+        const Measured m = measure(child);
+        state.SetIterationTime(m.seconds);
+        peak = std::max(peak, m.megabytes);
+        killed = killed || m.killed;
+    }
+    state.counters["peak_MB"] = peak;
+    state.counters["killed"] = killed;
 }
 
 void report(benchmark::State& state, const std::function<void()>& child)
 {
-    double peak = 0;
-    for (auto _ : state) {
-        const auto [seconds, megabytes] = measure(child);
-        state.SetIterationTime(seconds);
-        peak = std::max(peak, megabytes);
-    }
-    state.counters["peak_MB"] = peak;
+    reportTimed(state, [&] { return child(), -1.0; });
 }
 
 std::string sized(const std::string& name, std::uintmax_t bytes, char fill)
@@ -126,5 +168,73 @@ void BM_QbankCheckOf7Megabytes(benchmark::State& state)
     state.counters["file_MB"] = static_cast<double>(std::filesystem::file_size(path)) / (1 << 20);
 }
 BENCHMARK(BM_QbankCheckOf7Megabytes)->UseManualTime()->Iterations(20)->Unit(benchmark::kMillisecond);
+
+#ifdef KESTA_BENCH_WINDOWS
+// Installs a program whose Questions hold `bank` alone, with its data tree,
+// and returns the child that runs it: it chooses the quiz, starts it and
+// returns the seconds until its first question is on screen (the
+// introduction shown on the way).
+std::function<double()> firstQuestionOf(const std::string& name, const std::string& bank)
+{
+    const std::string root = bench::scratch().path(name);
+    for (const char* folder : {"/program/Questions", "/appdata/MORVO/KESTA/All/Log", "/appdata/MORVO/KESTA/All/User"})
+        std::filesystem::create_directories(root + folder);
+    bench::scratch().write(name + "/program/Questions/quiz.kqb", bank);
+    return [root] {
+        ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
+        int argc = 1;
+        char program[] = "files_bench";
+        char* argv[] = {program, nullptr};
+        QApplication application(argc, argv);
+        QuietHost host;
+        host.appData = root + "/appdata";
+        App app(host, root + "/program");
+        app.showMainWindow();
+        QApplication::processEvents();
+        const auto start = std::chrono::steady_clock::now();
+        app.windows.form1->Review1[0]->trigger();
+        QApplication::processEvents();
+        app.windows.form1->Start_Test_Click();
+        QApplication::processEvents();
+        return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    };
+}
+
+// A quiz of one question whose introduction shows an image read from a device
+// (0) or from a named pipe nobody writes (1).
+void BM_FirstQuestionAfterAnImageOf(benchmark::State& state)
+{
+    std::string source = "/dev/zero";
+    if (state.range(0) == 1)
+        ::mkfifo((source = bench::scratch().path("image.fifo")).c_str(), 0666);
+    const std::string bank = bench::line("KESTA Quiz Demo - Image") +
+                             bench::line("<img src=\"" + source + "\" width=10 height=10>") + bench::line("i2") +
+                             bench::line("i3") + bench::line("Question<br>a) 1", true) + bench::line("E", true) +
+                             bench::line("a", true);
+    reportTimed(state, firstQuestionOf("image" + std::to_string(state.range(0)), bank));
+}
+BENCHMARK(BM_FirstQuestionAfterAnImageOf)->Arg(0)->Arg(1)->UseManualTime()->Iterations(1)->Unit(benchmark::kMillisecond);
+
+// A quiz whose one question is a paragraph of state.range(0) KiB: words
+// (range(1) 0) or a single word (1).
+void BM_FirstQuestionOfKilobytes(benchmark::State& state)
+{
+    std::string text;
+    while (text.size() < static_cast<std::size_t>(state.range(0)) << 10)
+        text += state.range(1) == 0 ? "lorem ipsum " : "xxxxxxxxxxxx";
+    const std::string bank = bench::line("KESTA Quiz Demo - Huge") + bench::line("i1") + bench::line("i2") +
+                             bench::line("i3") + bench::line(text, true) + bench::line("<br>a) 1") +
+                             bench::line("E", true) + bench::line("a", true);
+    reportTimed(state, firstQuestionOf("huge" + std::to_string(state.range(0)) + std::to_string(state.range(1)), bank));
+    state.counters["bank_MB"] = static_cast<double>(bank.size()) / (1 << 20);
+}
+BENCHMARK(BM_FirstQuestionOfKilobytes)
+    ->Args({1024, 0})
+    ->Args({1024, 1})
+    ->Args({8000, 0})
+    ->UseManualTime()
+    ->Iterations(1)
+    ->Unit(benchmark::kMillisecond);
+#endif
 
 } // namespace

@@ -100,7 +100,7 @@ void Form1::buildControls()
     Time_Left = ui::label(Frame2, "Time_Left", "Time Left:", QRect(540, 12, 80, 22), "Time Left");
     TimeLeft = ui::label(Frame2, "TimeLeft", "", QRect(624, 12, 90, 22), "Time Left");
 
-    WebBrowser1 = new QTextBrowser(central);
+    WebBrowser1 = new PageBrowser(central);
     WebBrowser1->setObjectName("WebBrowser1");
     WebBrowser1->setAccessibleName("Question page");
     WebBrowser1->setOpenLinks(false);

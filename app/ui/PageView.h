@@ -1,8 +1,8 @@
 #pragma once
 
-#include <string>
+#include <QTextBrowser>
 
-class QTextBrowser;
+#include <string>
 
 namespace kesta {
 
@@ -10,6 +10,18 @@ class App;
 
 // Every HTML view of the program shows its pages the same way: through the
 // one page file, or an "about:" address whose text is shown as the page.
+
+// The view every page is shown in: it loads only what readPageResource
+// allows, and an image of at most MaxPageImagePixels; any other image shows
+// as missing.
+class PageBrowser : public QTextBrowser {
+    Q_OBJECT
+public:
+    using QTextBrowser::QTextBrowser;
+
+protected:
+    QVariant loadResource(int type, const QUrl& name) override;
+};
 
 // Shows `address` in `view`: the HTML after "about:", or the file at that path
 // (a file that cannot be read shows blank, as a browser's error page would).

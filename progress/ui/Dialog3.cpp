@@ -24,7 +24,7 @@ Dialog3::Dialog3(App& app)
     setObjectName("Dialog3");
     setWindowTitle("View Answer");
     setFixedSize(Width, Height);
-    WebBrowser1 = new QTextBrowser(this);
+    WebBrowser1 = new PageBrowser(this);
     WebBrowser1->setObjectName("WebBrowser1");
     WebBrowser1->setAccessibleName("Answer page");
     WebBrowser1->setOpenLinks(false);

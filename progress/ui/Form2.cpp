@@ -64,7 +64,7 @@ void Form2::buildControls()
     bold.setBold(true);
     Label2->setFont(bold);
 
-    WebBrowser1 = new QTextBrowser(this);
+    WebBrowser1 = new PageBrowser(this);
     WebBrowser1->setObjectName("WebBrowser1");
     WebBrowser1->setAccessibleName("Results page");
     WebBrowser1->setOpenLinks(false);

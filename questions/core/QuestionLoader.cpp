@@ -81,7 +81,8 @@ public:
 
 private:
     // Every non-empty line is deciphered, also one the test does not keep, so
-    // that an undecipherable line fails wherever it stands.
+    // that an undecipherable line fails wherever it stands; only one too long
+    // to keep is not.
     void round(std::string_view raw)
     {
         ++rounds_;
@@ -99,7 +100,7 @@ private:
                 intro.clear();
             else
                 intro.append(CrLf).append(CrLf);
-            decipher_(line, intro);
+            take(line, intro);
             if (rounds_ == 1 && !marked)
                 result_.title = intro;
             ++header_;
@@ -118,9 +119,9 @@ private:
                 into(section_ == 2 ? open_.explanation : open_.answer, line);
             }
         } else if (section_ == 1) {
-            decipher_(line, open_.question.append(CrLf));
+            take(line, open_.question.append(CrLf));
         } else if (section_ == 2) {
-            decipher_(line, open_.explanation.append(CrLf).append(CrLf));
+            take(line, open_.explanation.append(CrLf).append(CrLf));
         } else {
             into(discarded_, line);
         }
@@ -130,7 +131,24 @@ private:
     void into(std::string& text, std::string_view line)
     {
         text.clear();
-        decipher_(line, text);
+        take(line, text);
+    }
+
+    // Appends the line's text to `text`, which keeps at most MaxFieldBytes,
+    // cut where a character starts.
+    void take(std::string_view line, std::string& text)
+    {
+        if (line.size() > MaxLineBytes)
+            result_.tooLong = true;
+        else
+            decipher_(line, text);
+        if (text.size() > MaxFieldBytes) {
+            std::size_t cut = MaxFieldBytes;
+            while (cut > 0 && (static_cast<unsigned char>(text[cut]) & 0xC0) == 0x80)
+                --cut;
+            text.resize(cut);
+            result_.tooLong = true;
+        }
     }
 
     void store(QuestionRecord& record, bool breakRule)
@@ -237,8 +255,16 @@ void FileLines::fill()
         end_ -= cutter_.begin;
         cutter_.moved();
     }
-    if (end_ == buffer_.size())
+    if (end_ == buffer_.size() && end_ >= 2 * Longest) {
+        // One line too long to read fills the buffer: its start stays, to
+        // tell so, and the byte read last (a CR there may end it); the rest
+        // is dropped as it comes.
+        buffer_[Longest + 1] = buffer_[end_ - 1];
+        end_ = Longest + 2;
+        cutter_.dropped(end_);
+    } else if (end_ == buffer_.size()) {
         buffer_.resize(2 * buffer_.size()); // one line longer than the buffer
+    }
     const std::size_t n = reader_.read(buffer_.data() + end_, buffer_.size() - end_);
     end_ += n;
     atEnd_ = n == 0;

@@ -3,6 +3,7 @@
 #include "common/core/SafeFile.h"
 #include "questions/core/QuestionList.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <functional>
 #include <optional>
@@ -11,6 +12,19 @@
 #include <vector>
 
 namespace kesta {
+
+inline constexpr int MaxQuestionLines = 10000; // lines kept of a file; more set the corrupt warning
+inline constexpr int MaxQuestions = 1000;      // questions kept; more set the corrupt warning
+// The longest text kept of a question, an explanation, an answer or the
+// introduction, in UTF-8 bytes: some 2,500 words. A longer one keeps its
+// first MaxFieldBytes and sets the corrupt warning. The view lays out a page
+// of three such texts in a moment; one paragraph of a megabyte took it
+// minutes and a few hundred megabytes.
+inline constexpr std::size_t MaxFieldBytes = 16 * 1024;
+// The longest line read, its marker left out: a text of MaxFieldBytes
+// enciphered (four digits a byte at most, and a block of framing). A longer
+// line is not deciphered: its text is lost and the corrupt warning is set.
+inline constexpr std::size_t MaxLineBytes = 4 * MaxFieldBytes + 64;
 
 // What a question file load shows while it runs. Every member does nothing
 // by default, so a caller overrides only what it displays.
@@ -31,15 +45,16 @@ using LineDecipher = std::function<void(std::string_view line, std::string& text
 // A decipher that runs one LineDecoder under the given pass phrase.
 LineDecipher decipherWith(std::string_view passPhrase);
 
-// How a load went: the three conditions behind the corrupt warning, and the
-// title as the menus read it.
+// How a load went: the conditions behind the corrupt warning, and the title
+// as the menus read it.
 struct LoadResult {
     bool tooManyLines = false;     // 10000 or more lines; all past line 9999 but the last were lost
     bool tooManyQuestions = false; // a question block beyond the 1000th
+    bool tooLong = false;          // a line past MaxLineBytes or a text past MaxFieldBytes; the rest was lost
     std::vector<int> badAnswers;   // questions whose answer is not exactly one character
     std::optional<std::string> title; // the first line's text; none when it is empty or marked
 
-    bool corrupt() const { return tooManyLines || tooManyQuestions || !badAnswers.empty(); }
+    bool corrupt() const { return tooManyLines || tooManyQuestions || tooLong || !badAnswers.empty(); }
 };
 
 // The rule that cuts text into lines: CR LF, a lone CR and a lone LF each end
@@ -53,6 +68,8 @@ public:
     bool cut(const char* data, std::size_t end, bool final, std::string_view& line);
     // The text from `begin` on has moved to the front.
     void moved();
+    // The text from `end` on is gone.
+    void dropped(std::size_t end) { scanned_ = std::min(scanned_, end); }
 
     std::size_t begin = 0; // where the next line starts
 
@@ -76,11 +93,13 @@ private:
 
 // The lines of a file read through the one reader a block at a time, cut as
 // LineSplitter cuts a whole content; a line's view lasts until the next call.
-// Memory stays at a block unless one line is longer. Opening raises as
-// safefile::read does (75 not a regular file, 9 larger than `limit`, 53 missing).
+// A line longer than Longest is given as its start, still longer than that,
+// so memory stays at a block. Opening raises as safefile::read does (75 not a
+// regular file, 9 larger than `limit`, 53 missing).
 class FileLines {
 public:
     static constexpr std::size_t Block = std::size_t{1} << 18;
+    static constexpr std::size_t Longest = MaxLineBytes + 1; // a marker and the longest line read
     FileLines(const std::string& path, std::size_t limit, std::size_t block = Block);
 
     bool empty() const { return reader_.size() == 0; }
@@ -101,8 +120,10 @@ private:
 // The question file reader: fills `list` from the enciphered file at
 // `filename` (records 1..QuestionCount, the introduction in record 1, the
 // empty record 0) without clearing it first, reporting progress and texts
-// to `observer`. The file is read once, a block at a time: a file that is not
-// a regular file raises 75, one larger than MaxBankBytes 9, a missing one 53;
+// to `observer`. A text or a line past its bound (MaxFieldBytes,
+// MaxLineBytes) is cut and makes the file corrupt. The file is read once, a
+// block at a time: a file that is not a regular file raises 75, one larger
+// than MaxBankBytes 9, a missing one 53;
 // an undecipherable line raises whatever `decipher` raises.
 LoadResult LoadQuestionFile(const std::string& filename, QuestionList& list, LoadObserver& observer,
                             const LineDecipher& decipher, std::size_t block = FileLines::Block);
@@ -120,8 +141,6 @@ LoadResult LoadQuestionText(std::string_view content, QuestionList& list, LoadOb
 // for an answer.
 std::size_t Utf16Length(std::string_view text);
 
-inline constexpr int MaxQuestionLines = 10000; // lines kept of a file; more set the corrupt warning
-inline constexpr int MaxQuestions = 1000;      // questions kept; more set the corrupt warning
 // The largest question file read. A bank of 1000 ordinary questions is about
 // 3 MB; the largest one the loader can use (10000 lines) fits with lines of
 // 3 KB, several pages of text each.

@@ -1,5 +1,6 @@
 #include "app/core/Catalogue.h"
 #include "app/core/Options.h"
+#include "app/core/PageResource.h"
 #include "common/core/Int16.h"
 #include "common/core/SafeFile.h"
 #include "progress/core/ProgressFile.h"
@@ -16,7 +17,9 @@
 
 #include <fcntl.h>
 #include <sys/resource.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 namespace kesta {
@@ -119,7 +122,8 @@ TEST_F(ProgramDataTest, DeleteTakesWildcardsMoveReplacesALinkAndThePageWriterWra
 
 // What anyone may plant in the shared folders or among the question files: a
 // pipe ('p'; with a reader 'r'), a sparse gigabyte ('b'), a hard link ('h') or
-// a symbolic link ('s') to another user's file, an empty file ('e'). Nothing hangs (a watchdog
+// a symbolic link ('s') to another user's file, an empty file ('e'), a socket
+// ('k'), or nothing ('-': a place that is already there). Nothing hangs (a watchdog
 // ends the test), nothing planted is written through, and each reader gives
 // the outcome it gives for a file it cannot read.
 TEST_F(ProgramDataTest, HostileFilesNeverHangNorAreWrittenThroughAndGiveTheUnreadableOutcome)
@@ -128,6 +132,8 @@ TEST_F(ProgramDataTest, HostileFilesNeverHangNorAreWrittenThroughAndGiveTheUnrea
     const std::string target = dir / "others.txt", bank = dir / "bank.kqb", defaults(DefaultOptionsText);
     int reader = -1;
     const auto plant = [&](const std::string& path, char kind) {
+        if (kind == '-')
+            return;
         fs::remove(path);
         writeFile(target, "theirs");
         if (kind == 'p' || kind == 'r')
@@ -142,7 +148,25 @@ TEST_F(ProgramDataTest, HostileFilesNeverHangNorAreWrittenThroughAndGiveTheUnrea
             writeFile(path, "");
         if (kind == 'b')
             fs::resize_file((writeFile(path, "1\r\n"), path), std::uintmax_t{1} << 30);
+        if (kind == 'k') {
+            sockaddr_un address{};
+            address.sun_family = AF_UNIX;
+            path.copy(address.sun_path, sizeof address.sun_path - 1);
+            const int s = ::socket(AF_UNIX, SOCK_STREAM, 0);
+            ::bind(s, reinterpret_cast<sockaddr*>(&address), sizeof address);
+            ::close(s);
+        }
     };
+    // What a page's images read; a refused one shows as missing.
+    const auto images = [](std::vector<std::string> urls) {
+        return [urls] {
+            std::string shown;
+            for (const auto& url : urls)
+                shown += readPageResource(url).value_or("missing") + " ";
+            return shown;
+        };
+    };
+    const std::string picture = dir / "my picture.png";
     const auto load = [&] {
         auto list = std::make_unique<QuestionList>();
         LoadObserver quiet;
@@ -168,6 +192,15 @@ TEST_F(ProgramDataTest, HostileFilesNeverHangNorAreWrittenThroughAndGiveTheUnrea
         {bank, "pbs", [&] { return titleLine(bank).value_or("no title"); }, "no title"},
         {bank, "p", load, "error 75"},
         {bank, "b", load, "error 9"},
+        {picture, "pbsk", images({picture, "file://" + picture}), "missing missing "},
+        {picture, "h",
+         images({"file://" + dir / "my%20pi%63tur%65.png", "file://localhost" + dir / "%6dy picture.png",
+                 picture + "?x#y", picture + "%00.txt", picture.substr(0, picture.size() - 1) + "%6"}),
+         "theirs theirs theirs missing missing "},
+        {"/dev/zero", "-",
+         images({"/dev/zero", "file:/dev/zero", "http://127.0.0.1/a.png", "//127.0.0.1" + picture,
+                 "FTP://localhost" + picture, "file://example.com" + picture, "%2Fdev%2Fnull%00.png", ""}),
+         "missing missing missing missing missing missing missing missing "},
     };
     for (const auto& [place, kinds, act, expected] : cases) {
         for (const char kind : kinds) {

@@ -60,7 +60,8 @@ protected:
             const LoadResult r = block == 0 ? LoadQuestionText(content, *list, observer, decipher)
                                             : LoadQuestionFile(dir / "bank.kqb", *list, observer, decipher, block);
             std::string out = std::to_string(list->QuestionCount) + (r.tooManyLines ? " lines" : "") +
-                              (r.tooManyQuestions ? " questions" : "") + (r.corrupt() ? " corrupt" : "") + " bad";
+                              (r.tooManyQuestions ? " questions" : "") + (r.tooLong ? " long" : "") +
+                              (r.corrupt() ? " corrupt" : "") + " bad";
             for (const int k : r.badAnswers)
                 out += " " + std::to_string(k);
             out += " title " + r.title.value_or("none") + "\n";
@@ -86,6 +87,7 @@ const std::string shown = "progress 1 shown [" + std::string(LoadingText) + "] p
 
 TEST_F(QuestionLoaderTest, ReadsHeaderAndQuestionBlocksIntoRecords)
 {
+    const std::string longest(MaxFieldBytes, 'r'), cut(MaxFieldBytes - 1, 'q');
     const std::pair<Lines, std::string> cases[] = {
         {withHeader({"plain before a question", "#First", "a) one", "#Expl", "more", "#  b ", "after the answer",
                      "#Second", "#Why", "#c"}),
@@ -105,6 +107,11 @@ TEST_F(QuestionLoaderTest, ReadsHeaderAndQuestionBlocksIntoRecords)
                      "#\xF0\x9F\x98\x80", "#Q5", "#E", "#\xC3\xA9", "#Q6", "#E", "#a\xF0\x9F\x98\x80"}),
          "6 corrupt bad 1 2 3 4 6 title Title\n|||\n" + intro + "|Q|E|ab\n|Q2|E|\n|Q3|E|\n"},
         {withHeader({"#Q", "=#XYZ"}), "error 13"},
+        // A text of MaxFieldBytes is whole, a longer one is cut where a character starts; a line too long for a
+        // text is not deciphered (and one too long for the buffer keeps the lone CR that ends it).
+        {withHeader({"#" + longest, "#E", "#a"}), "1 bad title Title\n|||\n" + intro + "|" + longest + "|E|a\n|||\n"},
+        {withHeader({"#" + cut + "\xC3\xA9", "=#" + std::string(262142, 'A') + "\r#" + EncryptString("a", QuestionPassPhrase)}),
+         "1 long corrupt bad title Title\n|||\n" + intro + "|" + cut + "||a\n|||\n"},
     };
     for (const auto& [lines, expected] : cases) {
         SCOPED_TRACE(lines.size());
