@@ -165,6 +165,10 @@ public:
                 problem = "not valid UTF-8";
             else if (result_.imported == MaxQuestions)
                 problem = "the program loads at most 1000 questions";
+            // A bank line holds four digits a character: what passes a quarter of
+            // the bank limit is refused by the build anyway, and is not held here.
+            else if (4 * (body_.size() + lines.size()) > MaxBankBytes)
+                problem = "the bank would pass the 32 MiB the program reads; import the rest into another bank";
         }
         if (!problem.empty()) {
             result_.skipped.push_back({ line, std::move(problem) });
@@ -229,8 +233,9 @@ void readAiken(std::string_view input, SourceWriter& out)
             close(draft.right < draft.choices.size() ? "" : "the ANSWER letter names no choice");
         } else if (text.starts_with(mark + ") ") || text.starts_with(mark + ". ")) {
             draft.choices.push_back(escapeHtml(trimBlanks(text.substr(3))));
-        } else {
-            (draft.choices.empty() ? draft.stem : draft.choices.back()) += concat(" ", escapeHtml(text));
+        } else if (std::string& above = draft.choices.empty() ? draft.stem : draft.choices.back();
+                   above.size() <= MaxBankBytes / 4) { // past that it is refused whole
+            above += concat(" ", escapeHtml(text));
         }
     }
     if (start != 0)

@@ -2,6 +2,7 @@
 // folder. The listing, its order and the sorting into menus are the
 // catalogue's own code, called here as the program calls it at start.
 #include "app/core/Catalogue.h"
+#include "questions/core/BankSource.h"
 #include "questions/core/Cipher.h"
 #include "questions/tool/Tool.h"
 
@@ -97,7 +98,7 @@ int checkFolder(const Arguments& args)
             continue;
         }
         if (!exam && !quiz)
-            notListed += "  " + name + ": no menu in its title '" + read.title + "'\n";
+            notListed += "  " + name + ": no menu in its title " + Quoted(read.title) + "\n";
         if (exam && ++exams > ExamSlots && !listed(CatalogueKind::Exam))
             notListed += "  " + name + ": past the " + std::to_string(ExamSlots) + " exams Select Exam shows\n";
         if (quiz && ++quizzes > QuizSlots && !listed(CatalogueKind::Quiz))

@@ -43,6 +43,18 @@ ImportSettings settingsOf(const Arguments& args)
     return settings;
 }
 
+// Whether two outputs are one file: one path once "./" and links are
+// resolved (neither need exist yet), or two names of one existing file.
+bool sameFile(const std::string& one, const std::string& other)
+{
+    namespace fs = std::filesystem;
+    std::error_code ignored;
+    // Made absolute first: a relative path none of whose parts exists is not resolved at all.
+    const auto resolved = [&](const std::string& path) { return fs::weakly_canonical(fs::absolute(path), ignored); };
+    const fs::path path = resolved(one);
+    return (!path.empty() && path == resolved(other)) || fs::equivalent(one, other, ignored);
+}
+
 std::string plural(std::size_t n, const char* noun)
 {
     return std::to_string(n) + " " + noun + (n == 1 ? "" : "s");
@@ -59,13 +71,8 @@ int importQuestions(const Arguments& args)
     const std::string& path = args.operands[0];
     guardOutput(args.output, { path });
     guardOutput(args.sourceOut, { path });
-    if (args.output && args.sourceOut) {
-        std::error_code ignored;
-        if (std::filesystem::weakly_canonical(*args.output, ignored)
-            == std::filesystem::weakly_canonical(*args.sourceOut, ignored))
-            throw failure(*args.sourceOut, 0, "is also the bank (-o); give the source another file");
-        guardOutput(args.sourceOut, { *args.output });
-    }
+    if (args.output && args.sourceOut && sameFile(*args.output, *args.sourceOut))
+        throw failure(*args.sourceOut, 0, "is also the bank (-o); give the source another file");
     ImportResult result;
     try {
         result = kesta::importQuestions(format, readInput(path, MaxSourceBytes), settings);

@@ -139,12 +139,14 @@ TEST(InterchangeTest, ImportRefusesHeadersAFileCannotHoldAndStopsAtTheProgramsLi
         = { { "", {} }, { "T\n", {} }, { "T\xE2\x82", {} }, { "T", { "" } }, { "T", { "1", "2", "3", "4" } } };
     for (const ImportSettings& settings : bad)
         EXPECT_THROW(importQuestions(QuestionFormat::Aiken, "", settings), std::invalid_argument);
-    std::string many;
+    std::string many = "Q" + std::string(MaxBankBytes / 4, 'x') + Abcd;
     for (int k = 0; k < 1001; ++k)
         many += "Q " + Abcd;
     const ImportResult result = importQuestions(QuestionFormat::Gift, many, Settings);
     EXPECT_EQ(std::pair(result.imported, skips(result.skipped)),
-        std::pair(1000, Skips { "2001: the program loads at most 1000 questions" }));
+        std::pair(1000,
+            Skips { "1: the bank would pass the 32 MiB the program reads; import the rest into another bank",
+                "2003: the program loads at most 1000 questions" }));
 }
 
 TEST(InterchangeTest, ExportTakesRecordsApartAndWritesAikenAsPlainText)

@@ -147,6 +147,7 @@ TEST_F(QbankToolTest, EveryCommandAnswersWithItsOutputOrOneLineNamingFileAndLine
     ::mkfifo((dir / "pipe").c_str(), 0600);
     fs::create_directories(dir / "folder");
     fs::create_symlink(source, dir / "link.txt");
+    fs::create_hard_link(dir / source, dir / "hard.kqb");
     const std::string usage = "\nTry 'kesta-qbank --help'.\n",
                       notBank = ":1: not a question file: its lines are "
                                 "not the enciphered text that 'kesta-qbank build' writes\n";
@@ -201,10 +202,17 @@ TEST_F(QbankToolTest, EveryCommandAnswersWithItsOutputOrOneLineNamingFileAndLine
         { "build link.txt -o ./s.txt", "1||./s.txt: is link.txt, the input itself; give another file to write\n" },
         { "build s.txt -o pipe",
             "1||pipe: is not a regular file (a device, a pipe or a socket); give a file to write\n" },
+        { "build s.txt -o /dev/null",
+            "1||/dev/null: is not a regular file (a device, a pipe or a socket); give a file to write\n" },
         { "build s.txt -o folder", "1||folder: is a folder; give the name of the file to write\n" },
+        { import + " -o ./a.aiken", "1||./a.aiken: is a.aiken, the input itself; give another file to write\n" },
         { import + " -o " + no + " --source-out a.aiken",
             "1||a.aiken: is a.aiken, the input itself; give another file "
             "to write\n" },
+        { import + " -o " + no + " --source-out ./" + no,
+            "1||./" + no + ": is also the bank (-o); give the source another file\n" },
+        { import + " -o s.txt --source-out hard.kqb",
+            "1||hard.kqb: is also the bank (-o); give the source another file\n" },
         { import + " -o a.kqb --source-out a.txt",
             "0|a.aiken: imported 1 question, skipped 1\n|a.aiken:8: skipped: 2 choices; the program shows four\n" },
         { import + " -o " + no + " --strict",
