@@ -370,6 +370,10 @@ std::string DumpBank(std::string_view bank, std::string_view passPhrase)
             }
             titleRead = titleRead || (role == LineRole::Title && !text.empty());
             const SourceLine line = sourceLine(role, fileLine, text);
+            // A title that deciphers to no text under a phrase of the author's own means the phrase is wrong.
+            if (role == LineRole::Title && (line.prefix == RawPrefix || text.empty())
+                && passPhrase != QuestionPassPhrase)
+                throw Undecipherable(lineNumber, fileLine, passPhrase, false);
             source.append(line.prefix).append(line.body);
         }
         source += '\n';

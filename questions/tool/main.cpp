@@ -28,7 +28,7 @@ constexpr int ExitUsage = 2;
 constexpr const char* VersionText = "kesta-qbank (KESTA DEMO) " KESTA_VERSION "\n";
 
 constexpr const char* UsageText = "usage: kesta-qbank [--key PHRASE] COMMAND [ARGUMENTS]\n"
-                                  "       kesta-qbank help [COMMAND] | --help | --version\n"
+                                  "       kesta-qbank help [COMMAND] | -h | --help | --version\n"
                                   "\n"
                                   "Builds and checks the question files (banks) of KESTA DEMO.\n"
                                   "\n"

@@ -151,6 +151,8 @@ TEST_F(QbankToolTest, EveryCommandAnswersWithItsOutputOrOneLineNamingFileAndLine
     const std::string usage = "\nTry 'kesta-qbank --help'.\n",
                       notBank = ":1: not a question file: its lines are "
                                 "not the enciphered text that 'kesta-qbank build' writes\n";
+    const std::string wrongKey
+        = "b.kqb: cannot be deciphered with the pass phrase given by --key; give the one the bank was made with\n";
     const std::string import = "import --from aiken a.aiken --title KESTA~Quiz~Demo~7";
     const std::pair<std::string, std::string> cases[] = {
         { "encrypt-line " + text, "0|" + hex + "\n|" },
@@ -172,9 +174,8 @@ TEST_F(QbankToolTest, EveryCommandAnswersWithItsOutputOrOneLineNamingFileAndLine
         { "dump none.kqb", "1||none.kqb: no such file\n" },
         { "dump s.txt", "1||s.txt" + notBank },
         { "check marked.kqb", "1||marked.kqb" + notBank },
-        { "--key K check b.kqb",
-            "1||b.kqb: cannot be deciphered with the pass phrase given by --key; give the one the "
-            "bank was made with\n" },
+        { "--key K check b.kqb", "1||" + wrongKey },
+        { "--key K dump b.kqb", "1||" + wrongKey },
         { "check pipe", "1||pipe: not a regular file (a link, a pipe or a device); nothing was read\n" },
         { "build s.txt -o no/b.kqb", "1||no/b.kqb: cannot be written: no such folder\n" },
         { "build e.txt -o " + no, "1||e.txt:7: " + Letter + NotWritten },
