@@ -97,14 +97,14 @@ BankCheck judge(const Layout& layout, const LoadResult& loaded, const QuestionLi
                 + " lines, and the program reads at most 9999 (and the last); move questions into "
                   "another bank" });
     }
+    // A last question past the lines the program reads sorts after the line limit.
+    std::stable_sort(
+        problems.begin(), problems.end(), [](const BankProblem& a, const BankProblem& b) { return a.line < b.line; });
     if (check.questions == 0) {
         problems.push_back({ 0, 0,
             "the bank has no question; write one or more, each a 'Question:', an "
             "'Explanation:' and an 'Answer:' line" });
     }
-    std::stable_sort(problems.begin(), problems.end(), [](const BankProblem& a, const BankProblem& b) {
-        return (a.line == 0 ? MaxQuestionLines + 1 : a.line) < (b.line == 0 ? MaxQuestionLines + 1 : b.line);
-    });
     return check;
 }
 
