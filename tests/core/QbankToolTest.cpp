@@ -140,10 +140,11 @@ TEST_F(QbankToolTest, EveryCommandAnswersWithItsOutputOrOneLineNamingFileAndLine
     const std::string source = file("s.txt", Bom + Quiz + q + "Answer: a\n"),
                       broken = file("e.txt", Quiz + q + "Answer: e\n");
     const std::string aiken = file("a.aiken",
-        "Which port?\nA) TCP 443\nB) TCP 80\nC) TCP 22\nD) TCP 25\nANSWER: A\n\n"
+        "Which port?\nA) TCP 80\nB) TCP 443\nC) TCP 22\nD) TCP 25\nANSWER: B\n\n"
         "Short?\nA. yes\nB. no\nANSWER: A\n");
     const std::string menu = file("menu.txt", "Title: Networking\nIntro: a\nIntro: b\nIntro: c\n" + q + "Answer: a\n");
     file("marked.kqb", "#" + hex + "\r\n");
+    file("damaged.kqb", EncryptString("KESTA Quiz Demo 1", QuestionPassPhrase) + "\r\nABC\r\n");
     ::mkfifo((dir / "pipe").c_str(), 0600);
     fs::create_directories(dir / "folder");
     fs::create_symlink(source, dir / "link.txt");
@@ -151,6 +152,8 @@ TEST_F(QbankToolTest, EveryCommandAnswersWithItsOutputOrOneLineNamingFileAndLine
     const std::string usage = "\nTry 'kesta-qbank --help'.\n",
                       notBank = ":1: not a question file: its lines are "
                                 "not the enciphered text that 'kesta-qbank build' writes\n";
+    const std::string damaged = ":2: this line is damaged: it has an odd number of hexadecimal digits; build the bank "
+                                "again from its source\n";
     const std::string wrongKey
         = "b.kqb: cannot be deciphered with the pass phrase given by --key; give the one the bank was made with\n";
     const std::string import = "import --from aiken a.aiken --title KESTA~Quiz~Demo~7";
@@ -174,6 +177,8 @@ TEST_F(QbankToolTest, EveryCommandAnswersWithItsOutputOrOneLineNamingFileAndLine
         { "dump none.kqb", "1||none.kqb: no such file\n" },
         { "dump s.txt", "1||s.txt" + notBank },
         { "check marked.kqb", "1||marked.kqb" + notBank },
+        { "check damaged.kqb", "1||damaged.kqb" + damaged },
+        { "dump damaged.kqb", "1||damaged.kqb" + damaged },
         { "--key K check b.kqb", "1||" + wrongKey },
         { "--key wrong dump b.kqb", "1||" + wrongKey }, // its title deciphers, to no text
         { "check pipe", "1||pipe: not a regular file (a link, a pipe or a device); nothing was read\n" },
@@ -225,7 +230,7 @@ TEST_F(QbankToolTest, EveryCommandAnswersWithItsOutputOrOneLineNamingFileAndLine
             "imported, and a bank needs one; is this GIFT text, as --from says?\n" },
         { "import --from aiken a.aiken --title Networking -o " + no,
             "1||a.aiken:8: skipped: 2 choices; the program shows four\na.aiken: " + NoMenu + NotWritten },
-        { "export --to gift a.kqb", "0|[html]Which port? {\n~TCP 22\n~TCP 25\n=TCP 443\n~TCP 80\n}\n\n|" },
+        { "export --to gift a.kqb", "0|[html]Which port? {\n~TCP 22\n=TCP 443\n~TCP 25\n~TCP 80\n}\n\n|" },
     };
     for (const auto& [args, expected] : cases)
         EXPECT_EQ(qbank(args), expected) << args;
@@ -239,9 +244,8 @@ TEST_F(QbankToolTest, EveryCommandAnswersWithItsOutputOrOneLineNamingFileAndLine
     EXPECT_EQ(readFile(dir / source), Bom + Quiz + q + "Answer: a\n");
     const std::string imported = readFile(dir / "a.txt");
     EXPECT_EQ(imported.substr(imported.find("\nQuestion")),
-        "\nQuestion: Which port?<br>\n<br>a) TCP 22\n<br>b) TCP 25\n"
-        "<br>c) TCP 443\n<br>d) TCP 80\nExplanation: This question "
-        "comes without an explanation.\nAnswer: c\n");
+        "\nQuestion: Which port?<br>\n<br>a) TCP 22\n<br>b) TCP 443\n<br>c) TCP 25\n<br>d) TCP 80\nExplanation: This "
+        "question comes without an explanation.\nAnswer: b\n");
     // Help goes to standard output, in the same words however asked.
     const std::string help = qbank("--help");
     EXPECT_EQ(help.substr(0, 58), "0|usage: kesta-qbank [--key PHRASE] COMMAND [ARGUMENTS]\n  ");
