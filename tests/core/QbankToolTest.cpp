@@ -176,6 +176,7 @@ TEST_F(QbankToolTest, EveryCommandAnswersWithItsOutputOrOneLineNamingFileAndLine
             "hexadecimal digit\n" },
         { "dump none.kqb", "1||none.kqb: no such file\n" },
         { "dump s.txt", "1||s.txt" + notBank },
+        { "check s.txt", "1||s.txt" + notBank },
         { "check marked.kqb", "1||marked.kqb" + notBank },
         { "check damaged.kqb", "1||damaged.kqb" + damaged },
         { "dump damaged.kqb", "1||damaged.kqb" + damaged },
