@@ -1,8 +1,10 @@
 // `kesta-qbank build` and `dump`, which must be inverses. The first byte picks
 // the direction. Odd: the rest is a source, refused naming its line or built
-// into one CR LF line per source line whose dump is the source, byte for byte.
+// into one CR LF line per source line whose dump is the source, byte for byte
+// but for what build drops (a BOM first, the CR of CR LF, a missing last LF).
 // Even: the rest is a file, which dumps to a source or fails naming the line,
-// and a dump is itself a source that builds into a file dumping to the same text.
+// and a dump that opens with a title is itself a source that builds into a
+// file dumping to the same text.
 #include "FuzzTarget.h"
 #include "questions/core/BankSource.h"
 #include "questions/core/Cipher.h"
@@ -22,11 +24,19 @@ void fuzz::target(std::string_view input)
         return expect(e.line() >= 1, "a refusal names no line", e.what());
     }
     if (build) {
-        expect(std::ranges::count(output, '\n') == std::ranges::count(text, '\n') && output.ends_with("\r\n"),
+        std::string source(text.substr(text.starts_with("\xEF\xBB\xBF") ? 3 : 0));
+        for (std::size_t at = source.find("\r\n"); at != std::string::npos; at = source.find("\r\n", at))
+            source.erase(at, 1);
+        if (!source.ends_with('\n'))
+            source += '\n';
+        expect(std::ranges::count(output, '\n') == std::ranges::count(source, '\n') && output.ends_with("\r\n"),
             "not one CR LF line per source line");
-        return expect(DumpBank(output, QuestionPassPhrase) == text, "the dump of a built file differs from its source");
+        return expect(
+            DumpBank(output, QuestionPassPhrase) == source, "the dump of a built file differs from its source");
     }
-    expect(output.empty() || (output.ends_with('\n')
-               && DumpBank(BuildBank(output, QuestionPassPhrase), QuestionPassPhrase) == output),
+    const bool titled = output.starts_with("Title: ") || output.starts_with("Raw: ");
+    expect(output.empty()
+            || (output.ends_with('\n')
+                && (!titled || DumpBank(BuildBank(output, QuestionPassPhrase), QuestionPassPhrase) == output)),
         "a dump leaves its last line open, or dump, build, dump changes it", output);
 }

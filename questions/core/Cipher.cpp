@@ -209,16 +209,21 @@ std::string DecryptString(std::string_view sEncryptedText, std::string_view sEnc
 
 std::string EncryptString(std::string_view plainText, std::string_view sEncryptionKey)
 {
+    std::string hex;
+    AppendEncrypted(hex, plainText, sEncryptionKey);
+    return hex;
+}
+
+void AppendEncrypted(std::string& line, std::string_view plainText, std::string_view sEncryptionKey)
+{
     static constexpr char digits[] = "0123456789ABCDEF";
     CRijndael cipherEngine;
     const Bytes cipher = cipherEngine.EncryptData(toUtf16le(plainText), toUtf16le(sEncryptionKey));
-    std::string hex;
-    hex.reserve(cipher.size() * 2);
+    line.reserve(line.size() + cipher.size() * 2);
     for (const std::uint8_t b : cipher) {
-        hex.push_back(digits[b >> 4]);
-        hex.push_back(digits[b & 0x0F]);
+        line.push_back(digits[b >> 4]);
+        line.push_back(digits[b & 0x0F]);
     }
-    return hex;
 }
 
 } // namespace kesta

@@ -37,4 +37,7 @@ private:
 // DecryptString turns back into the same text.
 std::string EncryptString(std::string_view plainText, std::string_view sEncryptionKey);
 
+// The same digits appended to `line`, for a large text without a copy of them.
+void AppendEncrypted(std::string& line, std::string_view plainText, std::string_view sEncryptionKey);
+
 } // namespace kesta

@@ -1,5 +1,6 @@
 #include "questions/core/Interchange.h"
 
+#include "common/core/TestKind.h"
 #include "questions/core/InterchangeText.h"
 #include "questions/core/QuestionLoader.h"
 
@@ -14,7 +15,7 @@ namespace {
 
 constexpr std::size_t Choices = 4; // what a question page offers
 constexpr std::string_view Bom = "\xEF\xBB\xBF";
-constexpr std::string_view AikenAnswer = "ANSWER:";
+constexpr std::string_view AikenAnswer = "answer:"; // in any case
 constexpr std::string_view BreakTag = "<br>";
 constexpr std::string_view NoChoices = "no four choices a) to d) at its end";
 
@@ -23,7 +24,7 @@ struct Draft {
     std::string stem; // the question text without its choices
     std::vector<std::string> choices; // in their order
     std::size_t right = 0; // index of the right choice
-    std::string explanation; // empty for the program's own "The correct answer is X."
+    std::string explanation; // empty when it comes without one
 };
 
 // Joins texts; also keeps GCC 12's false -Wrestrict alarm on `"x" + s` away.
@@ -81,22 +82,93 @@ void checkSettings(const ImportSettings& settings)
         check(line, "an introduction line");
 }
 
+// Deals each question's choices: the right one to the letter that has had
+// the fewest right answers so far (a random one among equals), the wrong ones
+// to the other letters in random order. The generator is written out here,
+// not taken from the standard library, whose distributions differ between
+// libraries: the same input and seed give the same bank everywhere.
+class Dealer {
+public:
+    Dealer(std::string_view input, std::uint64_t seed)
+        : state_(seed)
+    {
+        // The input's own hash keeps two banks made with one seed from sharing an answer pattern.
+        for (const char c : input)
+            state_ = (state_ ^ static_cast<unsigned char>(c)) * 0x100000001B3u;
+    }
+
+    void deal(Draft& draft, bool keepOrder)
+    {
+        // A choice that points at others ("All of the above") only means something in its place.
+        keepOrder = keepOrder || std::any_of(draft.choices.begin(), draft.choices.end(), [](const std::string& c) {
+            const std::string text = lowerAscii(c);
+            return text.find("above") != std::string::npos || text.find("below") != std::string::npos
+                || text.find("both") != std::string::npos;
+        });
+        if (!keepOrder) {
+            std::vector<std::size_t> fewest;
+            const int least = *std::min_element(dealt_.begin(), dealt_.end());
+            for (std::size_t k = 0; k < Choices; ++k) {
+                if (dealt_[k] == least)
+                    fewest.push_back(k);
+            }
+            std::vector<std::string> wrong;
+            for (std::size_t k = 0; k < Choices; ++k) {
+                if (k != draft.right)
+                    wrong.push_back(std::move(draft.choices[k]));
+            }
+            for (std::size_t k = wrong.size(); k > 1; --k)
+                std::swap(wrong[k - 1], wrong[below(k)]);
+            const std::size_t right = fewest[below(fewest.size())];
+            std::string rightText = std::move(draft.choices[draft.right]);
+            for (std::size_t k = 0, w = 0; k < Choices; ++k)
+                draft.choices[k] = k == right ? std::move(rightText) : std::move(wrong[w++]);
+            draft.right = right;
+        }
+        ++dealt_[draft.right];
+    }
+
+private:
+    // A number below n, from SplitMix64.
+    std::size_t below(std::size_t n)
+    {
+        std::uint64_t z = state_ += 0x9E3779B97F4A7C15u;
+        z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9u;
+        z = (z ^ (z >> 27)) * 0x94D049BB133111EBu;
+        return static_cast<std::size_t>((z ^ (z >> 31)) % n);
+    }
+
+    std::uint64_t state_;
+    std::array<int, Choices> dealt_ {};
+};
+
 // Collects the questions of one import as bank-source text.
 class SourceWriter {
 public:
+    SourceWriter(std::string_view input, const ImportSettings& settings)
+        : dealer_(input, settings.seed)
+        , keepOrder_(settings.keepOrder)
+    {
+    }
+
     // Adds the draft that starts on input line `line`, or reports it with the
     // reader's `problem` or the first check it fails.
-    void add(int line, const Draft& draft, std::string problem)
+    void add(int line, Draft& draft, std::string problem)
     {
         std::string lines;
         if (problem.empty())
             problem = shapeProblem(draft);
         if (problem.empty()) {
+            dealer_.deal(draft, keepOrder_);
             lines = sourceLines(draft);
             if (!isValidUtf8(lines))
                 problem = "not valid UTF-8";
             else if (result_.imported == MaxQuestions)
                 problem = "the program loads at most 1000 questions";
+            // A bank line holds four digits a character: what passes a quarter of
+            // the bank limit is refused by the build anyway, and is not held here.
+            else if (4 * (body_.size() + lines.size()) > MaxBankBytes)
+                problem = "the bank would pass the 32 MiB the program reads; import the rest into another bank";
         }
         if (!problem.empty()) {
             result_.skipped.push_back({ line, std::move(problem) });
@@ -119,13 +191,14 @@ private:
         std::string lines = concat("\nQuestion: ", draft.stem, BreakTag, "\n");
         for (std::size_t k = 0; k < Choices; ++k)
             lines += concat(BreakTag, letter('a', k), ") ", draft.choices[k], "\n");
-        // "<br><br>" alone is the loader's cue to put its own sentence in front.
+        // "<br><br>" alone is the loader's cue to put a sentence naming the answer in front.
         const bool bare = draft.explanation.empty() || draft.explanation == "<br><br>";
-        const std::string ownText = concat("The correct answer is ", letter('A', draft.right), ".");
-        return concat(
-            lines, "Explanation: ", bare ? ownText : draft.explanation, "\nAnswer: ", letter('a', draft.right), "\n");
+        return concat(lines, "Explanation: ", bare ? NoExplanation : draft.explanation,
+            "\nAnswer: ", letter('a', draft.right), "\n");
     }
 
+    Dealer dealer_;
+    bool keepOrder_;
     ImportResult result_;
     std::string body_;
 };
@@ -152,7 +225,7 @@ void readAiken(std::string_view input, SourceWriter& out)
         } else if (start == 0) {
             draft = Draft { escapeHtml(text), {}, 0, {} };
             start = static_cast<int>(n + 1);
-        } else if (text.starts_with(AikenAnswer)) {
+        } else if (lowerAscii(text.substr(0, AikenAnswer.size())) == AikenAnswer) {
             const std::string_view given = trimBlanks(text.substr(AikenAnswer.size()));
             draft.right = given.size() == 1
                 ? static_cast<std::size_t>(std::toupper(static_cast<unsigned char>(given[0])) - 'A')
@@ -160,8 +233,9 @@ void readAiken(std::string_view input, SourceWriter& out)
             close(draft.right < draft.choices.size() ? "" : "the ANSWER letter names no choice");
         } else if (text.starts_with(mark + ") ") || text.starts_with(mark + ". ")) {
             draft.choices.push_back(escapeHtml(trimBlanks(text.substr(3))));
-        } else {
-            (draft.choices.empty() ? draft.stem : draft.choices.back()) += concat(" ", escapeHtml(text));
+        } else if (std::string& above = draft.choices.empty() ? draft.stem : draft.choices.back();
+                   above.size() <= MaxBankBytes / 4) { // past that it is refused whole
+            above += concat(" ", escapeHtml(text));
         }
     }
     if (start != 0)
@@ -382,7 +456,7 @@ std::string readRecord(const QuestionRecord& record, Draft& draft)
         stem.remove_suffix(BreakTag.size());
     draft.stem = oneLine(stem);
     draft.right = static_cast<std::size_t>(answer[0] - 'a');
-    draft.explanation = oneLine(record.Explanation);
+    draft.explanation = record.Explanation == NoExplanation ? std::string() : oneLine(record.Explanation);
     return shapeProblem(draft);
 }
 
@@ -412,7 +486,9 @@ std::string writeGift(const Draft& draft, std::string& out)
             return "a choice starts with %, which GIFT reads as a weight";
         text += concat(k == draft.right ? "=" : "~", escapeGift(draft.choices[k]), "\n");
     }
-    out += concat(text, "####", escapeGift(draft.explanation), "\n}\n\n");
+    if (!draft.explanation.empty())
+        text += concat("####", escapeGift(draft.explanation), "\n");
+    out += concat(text, "}\n\n");
     return {};
 }
 
@@ -423,7 +499,7 @@ ImportResult importQuestions(QuestionFormat format, std::string_view text, const
     checkSettings(settings);
     if (text.starts_with(Bom))
         text.remove_prefix(Bom.size());
-    SourceWriter writer;
+    SourceWriter writer(text, settings);
     if (format == QuestionFormat::Aiken)
         readAiken(text, writer);
     else

@@ -2,6 +2,7 @@
 
 #include "questions/core/QuestionList.h"
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,11 +18,21 @@ namespace kesta {
 // The formats questions are exchanged in.
 enum class QuestionFormat { Aiken, Gift };
 
-// What the bank's header says; the input formats have no header of their own.
+// What the bank's header says, the input formats having no header of their
+// own, and how the choices are laid out.
 struct ImportSettings {
     std::string title; // the bank's title line, as it stands
     std::vector<std::string> intro; // 0 to 3 introduction paragraphs (HTML); defaults complete them
+    // Inputs tend to write the right answer first. Unless kept in order, the
+    // choices are dealt so that over a bank the right answers fall on each
+    // letter about equally; the same input and seed give the same bank.
+    bool keepOrder = false;
+    std::uint64_t seed = 0;
 };
+
+// The explanation of a question that comes without one. It does not repeat
+// the answer, which the pages show beside it.
+inline constexpr std::string_view NoExplanation = "This question comes without an explanation.";
 
 // A question that was left out.
 struct SkippedQuestion {

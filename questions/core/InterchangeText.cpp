@@ -1,5 +1,7 @@
 #include "questions/core/InterchangeText.h"
 
+#include "questions/core/QuestionLoader.h"
+
 #include <algorithm>
 #include <array>
 #include <cctype>
@@ -150,7 +152,9 @@ std::string toHtml(TextFormat format, std::string_view text)
     std::array<bool, NoMark> open {};
     std::string html;
     html.reserve(text.size());
-    for (std::string_view rest = text; !rest.empty();) {
+    // Past a quarter of the bank limit the text is more than a bank holds and
+    // is refused whole; it is cut there rather than grown up to six times its size.
+    for (std::string_view rest = text; !rest.empty() && html.size() <= MaxBankBytes / 4;) {
         const Mark mark = markdown ? markAt(rest) : NoMark;
         if (mark != NoMark) {
             --ahead[mark];

@@ -26,7 +26,8 @@ std::string escapeHtml(std::string_view text);
 
 // A text of the given format as one line of HTML: Plain and Markdown are
 // escaped, Markdown's *em*, _em_, **strong** and `code` become tags, a line
-// break becomes <br> (a space for Html, where it is only white space).
+// break becomes <br> (a space for Html, where it is only white space). An
+// HTML text longer than a quarter of a bank, which no bank holds, is cut short.
 std::string toHtml(TextFormat format, std::string_view text);
 
 // HTML as one line of plain text: tags are dropped (those that start a new

@@ -1,16 +1,17 @@
+#include "app/core/Catalogue.h"
 #include "questions/core/BankSource.h"
 #include "questions/core/Cipher.h"
 #include "questions/core/QuestionLoader.h"
 #include "support/BankWriter.h"
 #include "support/TempDir.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cctype>
 #include <cstdlib>
 #include <filesystem>
-
+#include <gtest/gtest.h>
+#include <regex>
+#include <sstream>
 #include <sys/stat.h>
 #include <sys/wait.h>
 
@@ -22,114 +23,287 @@ using test::readFile;
 using test::writeFile;
 
 const std::string Head = "Title: T\nIntro: a\nIntro: b\nIntro: c\n";
+const std::string Bom = "\xEF\xBB\xBF";
 
-// The line BuildBank names when it refuses `source`, 0 when it builds one that dumps back unchanged.
-int refusedLine(const std::string& source)
+// The dump of the bank a source builds ("=" when that is the source itself), or "LINE: why" build refuses it.
+std::string built(const std::string& source)
 {
     try {
-        return DumpBank(BuildBank(source, QuestionPassPhrase), QuestionPassPhrase) == source ? 0 : -1;
+        const std::string dump = DumpBank(BuildBank(source, QuestionPassPhrase), QuestionPassPhrase);
+        return dump == source ? "=" : dump;
     } catch (const BankSourceError& error) {
-        return error.line();
+        return std::to_string(error.line()) + ": " + error.what();
     }
 }
 
 TEST(BankSourceTest, BuildAndDumpAreInversesAndBuildRefusesWhatWouldNotReadBack)
 {
-    const std::pair<std::string, int> cases[] = {
-        {"Title: KESTA Exam Demo 9\nIntro: Welcome, \"candidate\".\n\nIntro: \tTabbed\nIntro: \xE2\x80\x94 dash\n"
-         "Question: Which?\na) one\n\\Answer: looks like a keyword\n\\\\starts with a backslash\n\\#: looks marked\n"
-         "\\Raw: looks raw\nExplanation: Because.\n  indented  \nAnswer: b \nafter the answer\n\nQuestion: \xE4\xB8\xAD?\n"
-         "Explanation: <br><br>\nAnswer: d\n",
-         0},
-        {"Title: T\n", 0}, {"", 1}, {Head + "Question: \n", 5}, {Head + "Question: q\nAnswer: a\n", 6},
-        {Head + "Question: q\nExplanation: e\nAnswer: a", 7}, {Head + "Intro: d\n", 5}, {Head + "Question:no space\n", 5},
-        {"Title: T\r\nIntro: a\n", 1}, {"Intro: a\n", 1}, {"Title: T\nTitle: again\n", 2},
-        {"Title: T\n\\needless escape\n", 2}, {"Title: T\nRaw: ZZZZ\n", 2},
-        {"Title: T\nRaw: " + EncryptString("expressible", QuestionPassPhrase) + "\n", 2}, {"Title: T\nbad \xFF utf-8\n", 2},
-        {Head + "#: x\n", 5}, {"Title: T\nRaw: " + std::string(62, '0') + "\n", 0},
+    const auto enc = [](const std::string& text) { return EncryptString(text, QuestionPassPhrase); };
+    const std::pair<std::string, std::string> cases[] = {
+        { "Title: KESTA Exam Demo 9\nIntro: Welcome, \"candidate\".\n\nIntro: \tTabbed\nIntro: \xE2\x80\x94 dash\n"
+          "Question: Which?\na) one\n\\Answer: looks like a keyword\n\\answer: in any case\n\\\\starts with a "
+          "backslash\n\\#: looks marked\n\\Raw: looks raw\n\\"
+                + Bom
+                + "hidden\nExplanation: Because.\n  indented  \n"
+                  "Answer: b \nafter the answer\n\nQuestion: \xE4\xB8\xAD?\nExplanation: <br><br>\nAnswer: d\n",
+            "=" },
+        { "Title: T\nRaw: " + std::string(62, '0') + "\n", "=" },
+        { Bom + "Title: T\r\nIntro: a", "Title: T\nIntro: a\n" }, // what editors add is dropped
+        { "", "1: the source is empty; start it with 'Title: ' and the bank's title" },
+        { "Intro: a\n",
+            "1: the first line is the bank's title; write 'Title: ' and a title holding \"KESTA Exam "
+            "Demo\" or \"KESTA Quiz Demo\"" },
+        { "Title: T\nTitle: again\n",
+            "2: only the first line is the title; write this line as 'Intro: ...' or as a plain line" },
+        { "Title: T\n" + Bom + "Intro: a\n",
+            "2: starts with a byte-order mark (an invisible character some editors write, U+FEFF); delete "
+            "it" },
+        { "Title: T\r\r\n", "1: holds a carriage return (CR) inside the line; delete it" },
+        { Head + "\\needless escape\n", "5: needs no '\\' here; write 'needless escape'" },
+        { "Title: T\nRaw: ZZZZ\n",
+            "2: this 'Raw:' line cannot be deciphered: it holds a character that is not a hexadecimal digit" },
+        { "Title: T\nbad \xFF utf-8\n", "2: the text is not valid UTF-8; save the source as UTF-8" },
+        { "Title: T\nIntro: a\nQuestion: q\n",
+            "3: the program reads the three lines after the title as the introduction, and this as one of "
+            "them; write three 'Intro:' lines before the first question" },
+        { Head + "Intro: d\n", "5: the program reads this line as a plain line; write 'd'" },
+        { Head + "#: x\n",
+            "5: the program reads this line as Question: line (marked lines take turns: Question, "
+            "Explanation, Answer); write 'Question: x'" },
+        { Head + "Question: \n", "5: 'Question:' has no text; write the question after it" },
+        { Head + "Explanation: e\n",
+            "5: 'Explanation:' stands where a question begins; write 'Question: ...' before it" },
+        { Head + "Question: q\nAnswer: a\n",
+            "5: this question has no 'Explanation:' line; write one before its 'Answer:'" },
+        { Head + "Question: q\nExplanation: e\nExplanation: f\n",
+            "7: the question above has its explanation; write a further paragraph as a plain line, without "
+            "'Explanation:'" },
+        { Head + "Question: q\n\nQuestion: r\n",
+            "5: this question has no 'Explanation:' and no 'Answer:' line; write both after it" },
     };
-    for (const auto& [source, line] : cases)
-        EXPECT_EQ(refusedLine(source), line) << source;
+    for (const auto& [source, expected] : cases)
+        EXPECT_EQ(built(source), expected) << source;
 
     // Texts no plain source line holds dump to escapes that build the same file again.
-    const auto enc = [](const std::string& text) { return EncryptString(text, QuestionPassPhrase); };
     std::string lower = enc("b");
-    std::transform(lower.begin(), lower.end(), lower.begin(), [](char c) { return static_cast<char>(std::tolower(c)); });
-    const std::string odd = enc("Title") + "\r\n#" + enc("marked intro") + "\r\n" + std::string(62, '0') + "\r\n" +
-                            enc("two\r\nlines") + "\r\n#" + enc("Q\nLF") + "\r#" + lower + "\n" + enc("Raw: looks raw");
+    std::transform(
+        lower.begin(), lower.end(), lower.begin(), [](char c) { return static_cast<char>(std::tolower(c)); });
+    const std::string odd = enc("Title") + "\r\n#" + enc("marked intro") + "\r\n" + std::string(62, '0') + "\r\n"
+        + enc("two\r\nlines") + "\r\n#" + enc("Q\nLF") + "\r#" + lower + "\n" + enc("Raw: looks raw");
     const std::string source = DumpBank(odd, QuestionPassPhrase);
-    EXPECT_EQ(source, "Title: Title\n#: marked intro\nRaw: " + std::string(62, '0') + "\nRaw: " + enc("two\r\nlines") +
-                          "\nRaw: #" + enc("Q\nLF") + "\nExplanation: b\n\\Raw: looks raw\n");
-    EXPECT_EQ(DumpBank(BuildBank(source, QuestionPassPhrase), QuestionPassPhrase), source);
+    EXPECT_EQ(source,
+        "Title: Title\n#: marked intro\nRaw: " + std::string(62, '0') + "\nRaw: " + enc("two\r\nlines") + "\nRaw: #"
+            + enc("Q\nLF") + "\nExplanation: b\n\\Raw: looks raw\n");
+    EXPECT_EQ(built(source), "=");
 }
 
 class QbankToolTest : public ::testing::Test {
 protected:
-    // Runs the tool: its status, its output and the first line it wrote to stderr.
-    std::string qbank(const std::vector<std::string>& args)
+    // Runs the tool in the scratch folder with the words of `args` ("~" stands for a space in a word): its status,
+    // its output and what it wrote to stderr.
+    std::string qbank(const std::string& args)
     {
-        std::string command = "'" KESTA_QBANK "'";
-        for (const std::string& arg : args)
-            command += " '" + arg + "'";
-        const int raw = std::system((command + " >" + dir / "out" + " 2>" + dir / "err" + " </dev/null").c_str());
-        const std::string err = readFile(dir / "err");
-        return std::to_string(WIFEXITED(raw) ? WEXITSTATUS(raw) : -1) + "|" + readFile(dir / "out") + "|" +
-               err.substr(0, err.find('\n'));
+        std::string command = "cd '" + dir.path() + "' && '" KESTA_QBANK "'";
+        std::istringstream words(args);
+        for (std::string word; words >> word;)
+            command += " '" + std::regex_replace(word, std::regex("~"), " ") + "'";
+        const int raw = std::system((command + " >out 2>err </dev/null").c_str());
+        return std::to_string(WIFEXITED(raw) ? WEXITSTATUS(raw) : -1) + "|" + readFile(dir / "out") + "|"
+            + readFile(dir / "err");
+    }
+
+    // Writes `content` into the scratch folder; its name there.
+    std::string file(const std::string& name, const std::string& content)
+    {
+        writeFile(dir / name, content);
+        return name;
     }
 
     test::TempDir dir;
 };
 
-// Usage errors exit with 2, failures with 1 and one line naming the file and the line; neither prints output.
+const std::string Quiz = "Title: KESTA Quiz Demo 1\nIntro: a\nIntro: b\nIntro: c\n";
+const std::string Letter = "the answer 'e' is not one of the letters a to d; write 'Answer: ' and the letter of the "
+                           "right choice\n";
+const std::string NoMenu = "the title 'Networking' puts the bank in no menu; write \"KESTA Exam Demo\" or \"KESTA "
+                           "Quiz Demo\" into it (in any case)\n";
+const std::string NoAnswer = "this question has no 'Answer:' line; write 'Answer: ' and the letter of the right choice "
+                             "after its explanation\n";
+const std::string NotWritten = "kesta-qbank: no bank written: the program could not use it (--allow-broken writes it "
+                               "all the same)\n";
+
+// Usage errors exit with 2, failures with 1 and a line naming the file and the line; a refused bank is not written.
 TEST_F(QbankToolTest, EveryCommandAnswersWithItsOutputOrOneLineNamingFileAndLine)
 {
-    const std::string text = "Caf\xC3\xA9 \"q\"", hex = EncryptString(text, QuestionPassPhrase), keyed = EncryptString(text, "K");
-    const std::string bank = dir / "bank.kqb", source = dir / "source.txt", aiken = dir / "quiz.aiken";
-    writeFile(source, Head + "Question: Q\nExplanation: E\nAnswer: a\n");
-    writeFile(dir / "empty.kqb", "");
-    writeFile(dir / "text.kqb", "\nnot a bank\n");
-    writeFile(dir / "marked.kqb", "#" + hex + "\r\n");
-    writeFile(aiken, "Which port?\nA) TCP 443\nB) TCP 80\nC) TCP 22\nD) TCP 25\nANSWER: A\n\nShort?\nA. yes\nB. no\nANSWER: A\n");
-    test::writeFile(dir / "bad.kqb", test::bankText({"Title", "i1", "i2", "i3", "#Q1", "#E1", "#ab", "#Q2", "#E2", "#c"}));
-    ::mkfifo((dir / "pipe.kqb").c_str(), 0600);
-    const std::string usage = "kesta-qbank: ";
-    const std::pair<std::vector<std::string>, std::string> cases[] = {
-        {{"encrypt-line", text}, "0|" + hex + "\n|"},
-        {{"--key", "K", "decrypt-line", keyed}, "0|" + text + "\n|"},
-        {{"build", source, "-o", bank}, "0||"},
-        {{"check", "--json", bank}, "0|{\"title\": \"T\", \"intro\": \"a\\r\\n\\r\\nb\\r\\n\\r\\nc\", \"question_count\": 1, "
-                                    "\"corrupt\": false, \"questions\": [{\"question\": \"Q\", \"explanation\": \"E\", "
-                                    "\"answer\": \"a\"}]}\n|"},
-        {{"check", dir / "bad.kqb"}, "0|Title: Title\nQuestions: 2\nCorrupt: yes\n  question 1: the answer \"ab\" is "
-                                     "not exactly one character\n|"},
-        {{}, "2||" + usage + "no command given"},
-        {{"build", source}, "2||" + usage + "build needs -o"},
-        {{"encrypt-line", ""}, "1||" + usage + "an empty text has no enciphered form"},
-        {{"decrypt-line", "ZZ"}, "1||" + usage + "the line cannot be deciphered: run-time error 13 (Type mismatch)"},
-        {{"dump", dir / "none.kqb"}, "1||" + dir / "none.kqb: cannot be read (File not found)"},
-        {{"check", dir / "text.kqb"}, "1||" + dir / "text.kqb:2: cannot be deciphered: run-time error 13 (Type mismatch)"},
-        {{"dump", dir / "text.kqb"}, "1||" + dir / "text.kqb:2: cannot be deciphered: run-time error 13 (Type mismatch)"},
-        {{"check", dir / "marked.kqb"}, "1||" + dir / "marked.kqb:1: not a question file: its first line is no title the program can read"},
-        {{"check", dir / "pipe.kqb"}, "1||" + dir / "pipe.kqb: not a regular file (a link, a pipe or a device); nothing was read"},
-        {{"build", dir / "empty.kqb", "-o", bank}, "1||" + dir / "empty.kqb:1: the source is empty; it must start with 'Title: TEXT'"},
-        {{"build", source, "-o", dir / "no/bank.kqb"}, "1||" + dir / "no/bank.kqb: cannot be written: run-time error 76 (Path not found)"},
-        {{"import", "--from", "aiken", aiken, "--title", "KESTA Quiz Demo 7", "-o", dir / "aiken.kqb", "--source-out", dir / "aiken.txt"},
-         "0|" + aiken + ": imported 1 questions, skipped 1\n|" + aiken + ":8: skipped: 2 choices; the program shows four"},
-        {{"import", "--strict", "--from", "aiken", aiken, "--title", "T", "-o", dir / "strict.kqb"},
-         "1||" + aiken + ":8: skipped: 2 choices; the program shows four"},
-        {{"import", "--from", "gift", aiken, "--title", "T"}, "2||" + usage + "import needs -o BANK, --source-out FILE or both"},
-        {{"export", "--to", "gift", dir / "aiken.kqb"},
-         "0|[html]Which port? {\n=TCP 443\n~TCP 80\n~TCP 22\n~TCP 25\n####The correct answer is A.\n}\n\n|"},
+    const std::string text = "Caf\xC3\xA9\"q\"", hex = EncryptString(text, QuestionPassPhrase);
+    const std::string q = "Question: Q\nExplanation: E\n", no = "refused.kqb", kqb = "b.kqb";
+    const std::string source = file("s.txt", Bom + Quiz + q + "Answer: a\n"),
+                      broken = file("e.txt", Quiz + q + "Answer: e\n");
+    const std::string aiken = file("a.aiken",
+        "Which port?\nA) TCP 80\nB) TCP 443\nC) TCP 22\nD) TCP 25\nANSWER: B\n\n"
+        "Short?\nA. yes\nB. no\nANSWER: A\n");
+    const std::string menu = file("menu.txt", "Title: Networking\nIntro: a\nIntro: b\nIntro: c\n" + q + "Answer: a\n");
+    file("marked.kqb", "#" + hex + "\r\n");
+    file("damaged.kqb", EncryptString("KESTA Quiz Demo 1", QuestionPassPhrase) + "\r\nABC\r\n");
+    ::mkfifo((dir / "pipe").c_str(), 0600);
+    fs::create_directories(dir / "folder");
+    fs::create_symlink(source, dir / "link.txt");
+    fs::create_hard_link(dir / source, dir / "hard.kqb");
+    const std::string usage = "\nTry 'kesta-qbank --help'.\n",
+                      notBank = ":1: not a question file: its lines are "
+                                "not the enciphered text that 'kesta-qbank build' writes\n";
+    const std::string damaged = ":2: this line is damaged: it has an odd number of hexadecimal digits; build the bank "
+                                "again from its source\n";
+    const std::string wrongKey
+        = "b.kqb: cannot be deciphered with the pass phrase given by --key; give the one the bank was made with\n";
+    const std::string import = "import --from aiken a.aiken --title KESTA~Quiz~Demo~7";
+    const std::pair<std::string, std::string> cases[] = {
+        { "encrypt-line " + text, "0|" + hex + "\n|" },
+        { "--key K decrypt-line " + EncryptString(text, "K"), "0|" + text + "\n|" },
+        { "build s.txt -o b.kqb", "0||" },
+        { "check --json b.kqb",
+            "0|{\"title\": \"KESTA Quiz Demo 1\", \"menus\": [\"Select Domain Quiz\"], \"intro\": "
+            "\"a\\r\\n\\r\\nb\\r\\n\\r\\nc\", \"question_count\": 1, \"corrupt\": false, \"problems\": "
+            "[], \"questions\": [{\"question\": \"Q\", \"explanation\": \"E\", \"answer\": \"a\"}]}\n|" },
+        { "--version", "0|kesta-qbank (KESTA DEMO) 12.11.23\n|" },
+        { "", "2||kesta-qbank: no command given" + usage },
+        { "build s.txt", "2||kesta-qbank: build needs -o" + usage },
+        { "help nothing", "2||kesta-qbank: there is no command nothing" + usage },
+        { import + " -o b.kqb --seed x",
+            "2||kesta-qbank: --seed takes a whole number from 0 to 18446744073709551615, not x" + usage },
+        { "decrypt-line ZZ",
+            "1||kesta-qbank: the line cannot be deciphered: it holds a character that is not a "
+            "hexadecimal digit\n" },
+        { "dump none.kqb", "1||none.kqb: no such file\n" },
+        { "dump s.txt", "1||s.txt" + notBank },
+        { "check s.txt", "1||s.txt" + notBank },
+        { "check marked.kqb", "1||marked.kqb" + notBank },
+        { "check damaged.kqb", "1||damaged.kqb" + damaged },
+        { "dump damaged.kqb", "1||damaged.kqb" + damaged },
+        { "--key K check b.kqb", "1||" + wrongKey },
+        { "--key wrong dump b.kqb", "1||" + wrongKey }, // its title deciphers, to no text
+        { "check pipe", "1||pipe: not a regular file (a link, a pipe or a device); nothing was read\n" },
+        { "build s.txt -o no/b.kqb", "1||no/b.kqb: cannot be written: no such folder\n" },
+        { "build e.txt -o " + no, "1||e.txt:7: " + Letter + NotWritten },
+        { "build " + file("B.txt", Quiz + q + "Answer: B)\n") + " -o " + no,
+            "1||B.txt:7: the answer 'B)' is more than a letter; write 'Answer: B'\n" + NotWritten },
+        { "build " + file("last.txt", Quiz + q + "Answer: a\n\n" + q) + " -o " + no,
+            "1||last.txt:9: " + NoAnswer + NotWritten },
+        { "build " + file("mid.txt", Quiz + q + "\n" + q + "Answer: a\n") + " -o " + no, "1||mid.txt:5: " + NoAnswer },
+        { "build " + file("none.txt", Quiz) + " -o " + no,
+            "1||none.txt: the bank has no question; write one or more, "
+            "each a 'Question:', an 'Explanation:' and an 'Answer:' line\n"
+                + NotWritten },
+        { "build menu.txt -o " + no, "1||menu.txt:1: " + NoMenu + NotWritten },
+        { "build " + file("lower.txt", Quiz + "question: Q\n") + " -o " + no,
+            "1||lower.txt:5: 'question:' is no keyword; write 'Question: Q' (or '\\question: Q' for a plain line)\n" },
+        { "build " + file("space.txt", Quiz + q + "Answer:a\n") + " -o " + no,
+            "1||space.txt:7: 'Answer:' takes one space before its text; write 'Answer: a'\n" },
+        { "build e.txt -o e.kqb --allow-broken", "0||e.txt:7: " + Letter },
+        { "check e.kqb",
+            "1|Title: KESTA Quiz Demo 1\nMenu: Select Domain Quiz\nQuestions: 1\nCorrupt: no\ne.kqb: "
+            "question 1: "
+                + Letter + "|" },
+        // An output that is the input however named, or that cannot be replaced, is refused before anything is read.
+        { "build s.txt -o s.txt", "1||s.txt: is s.txt, the input itself; give another file to write\n" },
+        { "build link.txt -o ./s.txt", "1||./s.txt: is link.txt, the input itself; give another file to write\n" },
+        { "build s.txt -o pipe",
+            "1||pipe: is not a regular file (a device, a pipe or a socket); give a file to write\n" },
+        { "build s.txt -o /dev/null",
+            "1||/dev/null: is not a regular file (a device, a pipe or a socket); give a file to write\n" },
+        { "build s.txt -o folder", "1||folder: is a folder; give the name of the file to write\n" },
+        { import + " -o ./a.aiken", "1||./a.aiken: is a.aiken, the input itself; give another file to write\n" },
+        { import + " -o " + no + " --source-out a.aiken",
+            "1||a.aiken: is a.aiken, the input itself; give another file "
+            "to write\n" },
+        { import + " -o " + no + " --source-out ./" + no,
+            "1||./" + no + ": is also the bank (-o); give the source another file\n" },
+        { import + " -o s.txt --source-out hard.kqb",
+            "1||hard.kqb: is also the bank (-o); give the source another file\n" },
+        { import + " -o a.kqb --source-out a.txt",
+            "0|a.aiken: imported 1 question, skipped 1\n|a.aiken:8: skipped: 2 choices; the program shows four\n" },
+        { import + " -o " + no + " --strict",
+            "1||a.aiken:8: skipped: 2 choices; the program shows four\na.aiken: 1 question skipped; nothing written "
+            "(--strict)\n" },
+        { "import --from gift a.aiken --title KESTA~Quiz~Demo~7 -o " + no,
+            "1||a.aiken:1: skipped: no answers in braces\na.aiken:8: skipped: no answers in braces\na.aiken: no "
+            "question "
+            "imported, and a bank needs one; is this GIFT text, as --from says?\n" },
+        { "import --from aiken a.aiken --title Networking -o " + no,
+            "1||a.aiken:8: skipped: 2 choices; the program shows four\na.aiken: " + NoMenu + NotWritten },
+        { "export --to gift a.kqb", "0|[html]Which port? {\n~TCP 22\n=TCP 443\n~TCP 25\n~TCP 80\n}\n\n|" },
     };
     for (const auto& [args, expected] : cases)
-        EXPECT_EQ(qbank(args), expected);
-    // A bank is installed as it is: readable by all, written by its owner; no temporary file stays, no strict bank is made.
+        EXPECT_EQ(qbank(args), expected) << args;
+    // A bank is installed as it is: readable by all, written by its owner; no temporary file stays, no refused bank is
+    // made, the input stays as it was.
     const mode_t mask = ::umask(0);
     ::umask(mask);
-    EXPECT_EQ(fs::status(bank).permissions(), fs::perms(0666 & ~mask));
+    EXPECT_EQ(fs::status(dir / kqb).permissions(), fs::perms(0666 & ~mask));
     for (const auto& entry : fs::directory_iterator(dir.path()))
-        EXPECT_TRUE(entry.path().filename().string().front() != '.' && entry.path().filename() != "strict.kqb");
-    EXPECT_EQ(readFile(dir / "aiken.txt").substr(0, 26), "Title: KESTA Quiz Demo 7\nI");
+        EXPECT_TRUE(entry.path().filename().string().front() != '.' && entry.path().filename() != no);
+    EXPECT_EQ(readFile(dir / source), Bom + Quiz + q + "Answer: a\n");
+    const std::string imported = readFile(dir / "a.txt");
+    EXPECT_EQ(imported.substr(imported.find("\nQuestion")),
+        "\nQuestion: Which port?<br>\n<br>a) TCP 22\n<br>b) TCP 443\n<br>c) TCP 25\n<br>d) TCP 80\nExplanation: This "
+        "question comes without an explanation.\nAnswer: b\n");
+    // Help goes to standard output, in the same words however asked.
+    const std::string help = qbank("--help");
+    EXPECT_EQ(help.substr(0, 58), "0|usage: kesta-qbank [--key PHRASE] COMMAND [ARGUMENTS]\n  ");
+    EXPECT_EQ(std::vector({ qbank("-h"), qbank("help"), qbank("help dump") }),
+        std::vector<std::string>({ help, help,
+            "0|usage: kesta-qbank [--key PHRASE] dump BANK\n\nPrints the source "
+            "BANK was built from; building it again gives the same bank.\n|" }));
+}
+
+// GIFT writes the right answer first: an import deals it over the letters, the same each time unless seeded; a
+// choice that points at others keeps its question in order.
+TEST_F(QbankToolTest, ImportDealsTheRightAnswersOverTheLetters)
+{
+    std::string gift;
+    for (int k = 1; k <= 8; ++k)
+        gift += "Q" + std::to_string(k)
+            + (k == 3        ? " {=w ~x ~y ~All of the above}\n\n"
+                    : k == 6 ? " {=w ~x ~Both ~z}\n\n"
+                             : " {=w ~x ~y ~z}\n\n");
+    file("first.gift", gift);
+    const auto answers = [&](const std::string& options) {
+        qbank("import --from gift first.gift --title KESTA~Quiz~Demo --source-out o " + options);
+        std::string letters, out = readFile(dir / "o");
+        for (std::size_t at = out.find("Answer: "); at != std::string::npos; at = out.find("Answer: ", at + 1))
+            letters += out[at + 8];
+        return letters;
+    };
+    EXPECT_EQ(std::vector({ answers(""), answers(""), answers("--seed 9"), answers("--keep-order") }),
+        std::vector<std::string>({ "baadcabd", "baadcabd", "daacbadc", "aaaaaaaa" }));
+}
+
+// check DIR lists what the catalogue's own code lists for the folder, and says why the rest is left out.
+TEST_F(QbankToolTest, CheckOfAFolderShowsWhatTheMenusShowAndWhy)
+{
+    const std::string folder = dir / "Q/";
+    fs::copy(fs::path(KESTA_QBANK).parent_path() / "Questions", folder);
+    for (int k = 1; k <= 9; ++k) // with the three demo quizzes, one more than the menu holds
+        writeFile(folder + "x" + std::to_string(k) + ".kqb",
+            test::numberedBank(
+                k == 1 ? "KESTA Quiz Demo - Networking" : "KESTA Quiz Demo " + std::to_string(k), 1, "a"));
+    writeFile(folder + "broken.kqb", test::numberedBank("KESTA Exam Demo 3", 1, "e"));
+    writeFile(folder + "notes.kqb", test::numberedBank("Networking", 1, "a"));
+    writeFile(folder + "empty.kqb", "");
+    std::string menus[2] = { "Select Exam:\n", "Select Domain Quiz:\n" };
+    for (const CatalogueHit& hit : classifyFiles(folder, listFolderFiles(folder), [](const std::string& path) {
+             return path.ends_with("empty.kqb") ? "" : DecryptString(*titleLine(path), QuestionPassPhrase);
+         }))
+        menus[hit.kind == CatalogueKind::Quiz] += "  " + hit.fileName + ": " + hit.title + "\n";
+    EXPECT_EQ(qbank("check Q"),
+        "1|" + menus[0] + menus[1]
+            + "Not listed:\n  empty.kqb: cannot be read: it is empty; "
+              "the program stops at start with an error when it reads it\n  notes.kqb: no menu "
+              "in its title 'Networking'\n  x9.kqb: past the 11 quizzes Select Domain Quiz "
+              "shows\nProblems:\n  Q/broken.kqb: question 1: "
+            + Letter + "  Q/notes.kqb: " + NoMenu
+            + "  Q/x1.kqb: has the title of quiz01.kqb; the menus cannot tell them "
+              "apart: give one of them another title\n|");
 }
 
 } // namespace
