@@ -12,7 +12,8 @@ namespace kesta {
 // kesta-qbank build, import and check. A bank works when its title puts it
 // in a menu, it has a question, every answer is one letter a to d once the
 // loader has trimmed it, its last question is complete, and it stays within
-// what the loader reads (1000 questions, fewer than 10,000 lines).
+// what the loader reads (1000 questions, fewer than 10,000 lines, no text
+// or line past MaxFieldBytes or MaxLineBytes).
 
 // One thing that keeps a bank from working.
 struct BankProblem {

@@ -169,6 +169,9 @@ public:
             // the bank limit is refused by the build anyway, and is not held here.
             else if (4 * (body_.size() + lines.size()) > MaxBankBytes)
                 problem = "the bank would pass the 32 MiB the program reads; import the rest into another bank";
+            // The loader cuts a longer text: "Question: " stands for the line ends it joins with CR LF.
+            else if (lines.find("\nExplanation: ") > MaxFieldBytes || draft.explanation.size() > MaxFieldBytes)
+                problem = "a question or explanation of more than the 16 KiB of text the program keeps";
         }
         if (!problem.empty()) {
             result_.skipped.push_back({ line, std::move(problem) });

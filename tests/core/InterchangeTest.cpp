@@ -139,14 +139,15 @@ TEST(InterchangeTest, ImportRefusesHeadersAFileCannotHoldAndStopsAtTheProgramsLi
         = { { "", {} }, { "T\n", {} }, { "T\xE2\x82", {} }, { "T", { "" } }, { "T", { "1", "2", "3", "4" } } };
     for (const ImportSettings& settings : bad)
         EXPECT_THROW(importQuestions(QuestionFormat::Aiken, "", settings), std::invalid_argument);
-    std::string many = "Q" + std::string(MaxBankBytes / 4, 'x') + Abcd;
+    std::string many = "Q" + std::string(MaxBankBytes / 4, 'x') + Abcd + "Q" + std::string(MaxFieldBytes, 'y') + Abcd;
     for (int k = 0; k < 1001; ++k)
         many += "Q " + Abcd;
     const ImportResult result = importQuestions(QuestionFormat::Gift, many, Settings);
     EXPECT_EQ(std::pair(result.imported, skips(result.skipped)),
         std::pair(1000,
             Skips { "1: the bank would pass the 32 MiB the program reads; import the rest into another bank",
-                "2003: the program loads at most 1000 questions" }));
+                "3: a question or explanation of more than the 16 KiB of text the program keeps",
+                "2005: the program loads at most 1000 questions" }));
 }
 
 TEST(InterchangeTest, ExportTakesRecordsApartAndWritesAikenAsPlainText)
