@@ -81,7 +81,8 @@ private:
 class FileLines {
 public:
     static constexpr std::size_t Block = std::size_t{1} << 18;
-    FileLines(const std::string& path, std::size_t limit, std::size_t block = Block);
+    FileLines(const std::string& path, std::size_t limit, std::size_t block = Block,
+              safefile::Links links = safefile::Links::Refuse);
 
     bool empty() const { return reader_.size() == 0; }
     bool next(std::string_view& line); // false when no line is left
@@ -101,8 +102,9 @@ private:
 // The question file reader: fills `list` from the enciphered file at
 // `filename` (records 1..QuestionCount, the introduction in record 1, the
 // empty record 0) without clearing it first, reporting progress and texts
-// to `observer`. The file is read once, a block at a time: a file that is not
-// a regular file raises 75, one larger than MaxBankBytes 9, a missing one 53;
+// to `observer`. The file is read once, a block at a time, through a link
+// (the question folder is its owner's alone): a file that is not a regular
+// file raises 75, one larger than MaxBankBytes 9, a missing one 53;
 // an undecipherable line raises whatever `decipher` raises.
 LoadResult LoadQuestionFile(const std::string& filename, QuestionList& list, LoadObserver& observer,
                             const LineDecipher& decipher, std::size_t block = FileLines::Block);
