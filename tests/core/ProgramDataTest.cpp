@@ -3,6 +3,7 @@
 #include "common/core/Int16.h"
 #include "common/core/SafeFile.h"
 #include "progress/core/ProgressFile.h"
+#include "progress/core/ScoreSlots.h"
 #include "questions/core/Cipher.h"
 #include "questions/core/QuestionLoader.h"
 #include "support/Checks.h"
@@ -164,6 +165,8 @@ TEST_F(ProgramDataTest, HostileFilesNeverHangNorAreWrittenThroughAndGiveTheUnrea
         {bank, "s", [&] { return titleLine(bank).value_or("no title"); }, "theirs"}, // banks are linked in by their owner
         {bank, "p", load, "error 75"},
         {bank, "s", load, "error 13"}, // read through the link: "theirs" is no ciphertext
+        {user(".lock"), "psh", [&] { return writeUserFile(user("q.usr"), "x"), readFile(user("q.usr")) +
+                                    std::to_string(fs::is_regular_file(fs::symlink_status(user(".lock")))); }, "x1"},
         {bank, "b", load, "error 9"},
     };
     for (const auto& [place, kinds, act, expected] : cases) {
