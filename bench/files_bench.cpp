@@ -1,11 +1,13 @@
 // Time and peak resident memory for the files nobody should hand the program
 // but anyone can: a huge sparse options file, a question file of nothing but
-// line ends, a 200 MB file handed to kesta-qbank check; and check of a 7 MB
-// bank. Each case runs in a child process of its own, so the peak memory
+// line ends, a 200 MB file handed to kesta-qbank check; check of a 7 MB
+// bank; and one score rotation. Each case runs in a child process of its own, so the peak memory
 // reported ("peak_MB", the child's maximum resident set) is that case's alone,
 // plus the few megabytes of the benchmark process it starts as.
 #include "BenchBanks.h"
 #include "app/core/Options.h"
+#include "common/core/ProgramData.h"
+#include "progress/core/ScoreSlots.h"
 #include "questions/core/QuestionLoader.h"
 
 #include <benchmark/benchmark.h>
@@ -126,5 +128,27 @@ void BM_QbankCheckOf7Megabytes(benchmark::State& state)
     state.counters["file_MB"] = static_cast<double>(std::filesystem::file_size(path)) / (1 << 20);
 }
 BENCHMARK(BM_QbankCheckOf7Megabytes)->UseManualTime()->Iterations(20)->Unit(benchmark::kMillisecond);
+
+// A sixth score with all five slots taken: the lock, the new score put on
+// disk first, slot 1 deleted, four moves, and the new score renamed into slot 5.
+void BM_ScoreRotation(benchmark::State& state)
+{
+    const std::string base = bench::scratch().path("scores") + "/";
+    std::filesystem::create_directories(base + "MORVO/KESTA/All/Log");
+    std::filesystem::create_directories(base + "MORVO/KESTA/All/User");
+    DataFolders folders;
+    folders.derive(base);
+    const std::string progress = folders.UserDir + "/quiz.kqb.usr";
+    for (int k = 1; k <= 5; ++k)
+        std::ofstream(progress + ".score" + std::to_string(k)) << "013000300405\r\n001\r\na";
+    report(state, [&] {
+        QuietHost host;
+        UserOptions options;
+        ErrorReporter reporter(host, folders);
+        ProgramData data(reporter, folders, options);
+        saveScore(data, progress, "013000300405\r\n001\r\na");
+    });
+}
+BENCHMARK(BM_ScoreRotation)->UseManualTime()->Iterations(20)->Unit(benchmark::kMillisecond);
 
 } // namespace

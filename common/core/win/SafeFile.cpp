@@ -12,6 +12,7 @@
 #include <io.h>
 #include <sstream>
 #include <thread>
+#include <utility>
 #include <windows.h>
 
 namespace kesta::safefile {
