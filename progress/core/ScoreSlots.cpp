@@ -36,8 +36,9 @@ std::string folderOf(const std::string& path)
 // by renaming the waiting score, so a step met again after a kill finds its
 // source gone and is skipped. With `data` (a rotation of this process) a
 // missing slot is logged as the shared module logs it; a rotation finished
-// for a killed copy logs nothing. True when the new score reached slot 5.
-bool rotate(ProgramData* data, const std::string& folder, const std::string& baseName, int from)
+// for a killed copy logs nothing. A record that cannot be renamed stops the
+// rotation where it stands (raising), to be finished from there later.
+void rotate(ProgramData* data, const std::string& folder, const std::string& baseName, int from)
 {
     std::error_code ignored;
     for (int step = from + 1; step <= Slots; ++step) {
@@ -49,18 +50,9 @@ bool rotate(ProgramData* data, const std::string& folder, const std::string& bas
             std::filesystem::remove(source, ignored);
         else
             std::filesystem::rename(source, target, ignored);
-        try {
-            safefile::move(folder + stepName(baseName, step - 1), folder + stepName(baseName, step));
-        } catch (const RuntimeError&) {
-            // Only the record of how far it went is lost; the score is still at hand below.
-        }
+        safefile::move(folder + stepName(baseName, step - 1), folder + stepName(baseName, step));
     }
-    try {
-        safefile::move(folder + stepName(baseName, Slots), folder + slotName(baseName, Slots));
-        return true;
-    } catch (const RuntimeError&) {
-        return false;
-    }
+    safefile::move(folder + stepName(baseName, Slots), folder + slotName(baseName, Slots));
 }
 
 // What a killed copy may have left of the tests `baseNames`: the temporary
@@ -109,8 +101,13 @@ void settle(const std::string& folder, const std::vector<std::string>& baseNames
         else
             std::filesystem::remove(folder + name, ignored);
     });
-    for (const auto& [base, done] : rotations)
-        rotate(nullptr, folder, base, done);
+    for (const auto& [base, done] : rotations) {
+        try {
+            rotate(nullptr, folder, base, done);
+        } catch (const RuntimeError&) {
+            // Left as it stands for the next time.
+        }
+    }
 }
 
 } // namespace
@@ -131,8 +128,7 @@ std::string saveScore(ProgramData& data, const std::string& basePath, std::strin
     if (data.File_Exists(last)) {
         // Recorded on disk before the first slot is touched: from here on the rotation can always be finished.
         safefile::replace(folder + stepName(base, 0), score);
-        if (!rotate(&data, folder, base, 0))
-            safefile::replace(last, score);
+        rotate(&data, folder, base, 0);
         return last;
     }
     std::string next = folder + slotName(base, 1);

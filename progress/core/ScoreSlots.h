@@ -28,6 +28,8 @@ void writeUserFile(const std::string& path, std::string_view text);
 // the others move down one and the score goes to slot 5. A slot missing
 // during the moves is the shared module's business: it logs it and carries
 // on. The choice, the moves and the write are one step between processes.
+// Raises RuntimeError when the score cannot be written; a rotation stopped
+// by a failure is finished by the next start or rotation.
 std::string saveScore(ProgramData& data, const std::string& basePath, std::string_view score);
 
 // Finishes the rotations a killed copy left half done and removes the

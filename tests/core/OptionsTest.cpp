@@ -36,7 +36,7 @@ TEST_F(OptionsTest, AReadableFileIsTakenAsItStandsAndAnyOtherIsReplacedByTheDefa
         {"", "1 0 0 1 30 5", notice, defaults},
         {"1\r\n0\r\nten\r\n1\r\n30\r\n5", "1 0 0 1 30 5", notice, defaults},
         {"1\r\n\r\n0\r\n1\r\n30\r\n5", "1 0 0 1 30 5", notice, defaults},
-        {"1\n\n0\n0\n1\n30", "1 0 0 1 30 5", notice, defaults}, // an empty line is no number
+        {"\n1\n0\n0\n1\n30\n5", "1 0 0 1 30 5", notice, defaults}, // an empty line is no number
         {"1\r\n0\r\n0\r\n40000\r\n30\r\n5", "1 0 0 1 30 5", notice, defaults},
     };
     for (const auto& c : cases) {

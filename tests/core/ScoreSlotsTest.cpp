@@ -79,10 +79,9 @@ TEST_F(ScoreSlotsTest, TheNextSlotIsOneAboveTheHighestAndTheSixthDropsTheOldestK
         { std::string("quiz.kqb.usr"), std::string(232, 'q') + ".kqb.usr", std::string(244, 'q') + ".usr" }) {
         base = user(name);
         test::writeFile(base, "progress"); // the progress file itself is no slot
-        const std::string steps[] = { next(""), next("1"), next("1-3"), next("1-34"), next("1234"), next("12345") };
-        EXPECT_EQ(std::vector<std::string>(std::begin(steps), std::end(steps)),
-            std::vector<std::string>({ ".score1: n - - - -", ".score2: 1 n - - -", ".score4: 1 - 3 n -",
-                ".score5: 1 - 3 4 n", ".score5: 1 2 3 4 n", ".score5: 2 3 4 5 n" }))
+        EXPECT_EQ(next("") + next("1") + next("1-3") + next("1-34") + next("1234") + next("12345"),
+            ".score1: n - - - -.score2: 1 n - - -.score4: 1 - 3 n -.score5: 1 - 3 4 n.score5: 1 2 3 4 n"
+            ".score5: 2 3 4 5 n")
             << name.size();
         EXPECT_EQ(test::readFile(base) + "|" + log(), "progress|");
         fs::remove(base);
