@@ -110,10 +110,8 @@ TEST_F(ScoreSlotsTest, WhatAKilledCopyLeftIsFinishedByTheNextStartOrRotation)
             test::writeFile(user(stray), "");
         if (done >= 0)
             test::writeFile(user(waiting + std::to_string(done)), "w");
-        if (expected.back() == 'n')
-            saveScore(data, base, "n");
-        else
-            settleScores(folders.UserDir + "/", { "quiz.kqb.usr", "quiz.kqb.usr" });
+        expected.back() == 'n' ? (void)saveScore(data, base, "n")
+                               : settleScores(folders.UserDir + "/", { "quiz.kqb.usr", "quiz.kqb.usr" });
         EXPECT_EQ(slots(), expected + " +.other.usr.score1.Ab12Cd +.quiz.kqb.usr.score1.Ab12C") << scores << done;
     }
 }
@@ -132,12 +130,9 @@ TEST_F(ScoreSlotsTest, TwoCopiesAtOnceEachKeepTheirScoreAndAKilledCopyLeavesTheO
         take(scores);
         int go[2];
         ASSERT_EQ(::pipe(go), 0);
+        char start; // both wait for the same moment
         const auto finish = [&](const char* score) {
-            return copy([&, score] {
-                char start; // both wait for the same moment
-                if (::read(go[0], &start, 1) == 1)
-                    saveScore(data, base, score);
-            });
+            return copy([&, score] { return ::read(go[0], &start, 1) == 1 && !saveScore(data, base, score).empty(); });
         };
         const pid_t copies[] = { finish("a"), finish("b") };
         ::close(go[0]), (void)::write(go[1], "go", 2), ::close(go[1]);
@@ -160,9 +155,8 @@ TEST_F(ScoreSlotsTest, TwoCopiesAtOnceEachKeepTheirScoreAndAKilledCopyLeavesTheO
         ::close(finished[1]);
         ::usleep(static_cast<useconds_t>(200 + kill * 997 % 6000));
         ::kill(saving, SIGKILL), ::waitpid(saving, nullptr, 0);
-        int last = newest;
-        for (int n; ::read(finished[0], &n, sizeof n) == sizeof n;)
-            last = n;
+        int last = newest; // the last score it finished
+        while (::read(finished[0], &last, sizeof last) == sizeof last) { }
         ::close(finished[0]);
         settleScores(folders.UserDir + "/", { "quiz.kqb.usr" });
         newest = std::atoi(test::readFile(slot(5)).c_str());
