@@ -388,14 +388,11 @@ void append(const std::string& path, std::string_view bytes)
 Lock::Lock(const std::string& path, std::chrono::milliseconds patience)
 {
     const Deadline deadline = std::chrono::steady_clock::now() + patience;
-    bool tookBack = false;
     retryUntil(deadline, [&] {
         bool stranger = false;
         fd_ = openLockFile(path, stranger);
-        if (fd_ == -1 && stranger && !tookBack && ::unlink(path.c_str()) == 0) {
-            tookBack = true; // a planted link or pipe is gone: make the file in its place
-            fd_ = openLockFile(path, stranger);
-        }
+        if (fd_ == -1 && stranger)
+            (void)::unlink(path.c_str()); // a planted link or pipe: the next attempt makes the file in its place
         return fd_ != -1;
     });
     if (fd_ != -1 && !lockWithin(fd_, deadline))

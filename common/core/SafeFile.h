@@ -106,7 +106,7 @@ void append(const std::string& path, std::string_view bytes);
 // on the lock file `path`, which is made when missing. The lock dies with its
 // holder, so a killed process never blocks another. The file is opened
 // without following a link and without blocking; a link, pipe or other
-// non-file planted at its name is removed once and a file made in its place.
+// non-file planted at its name is removed and a file made in its place.
 // A lock that cannot be had within `patience` (its file cannot be made, or
 // another process keeps it) is not held: the holder goes on without it rather
 // than hang, and leaves alone what only a holder may touch.
