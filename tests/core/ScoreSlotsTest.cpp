@@ -104,9 +104,9 @@ TEST_F(ScoreSlotsTest, WhatAKilledCopyLeftIsFinishedByTheNextStartOrRotation)
         { "2345-", 5, " 2 3 4 5 w" }, { "23-45", 2, " 3 4 5 w n" }, { "1", -1, " 1 - - - -" } };
     for (const auto& [scores, done, expected] : rows) {
         take(scores);
-        for (const std::string& stray : std::initializer_list<std::string> { ".quiz.kqb.usr.score3.Ab12Cd",
-                 ".usrdata.usr.x1y2z3", ".quiz.kqb.usr.Ab12Cd", "." + waiting + "0.Ab12Cd",
-                 ".quiz.kqb.usr.score1.Ab12C", ".other.usr.score1.Ab12Cd" })
+        for (const std::string& stray : std::initializer_list<std::string> { ".quiz.kqb.usr.score1.Ab12Cd",
+                 ".quiz.kqb.usr.score5.Ab12Cd", ".usrdata.usr.x1y2z3", ".quiz.kqb.usr.Ab12Cd",
+                 "." + waiting + "0.Ab12Cd", ".quiz.kqb.usr.score1.Ab12C", ".other.usr.score1.Ab12Cd" })
             test::writeFile(user(stray), "");
         if (done >= 0)
             test::writeFile(user(waiting + std::to_string(done)), "w");
