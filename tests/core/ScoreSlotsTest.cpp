@@ -52,19 +52,16 @@ protected:
         for (const auto& entry : fs::directory_iterator(folders.UserDir))
             if (entry.path() != fs::path(base))
                 fs::remove(entry.path());
-        for (int k = 1; k <= static_cast<int>(scores.size()); ++k) {
+        for (int k = 1; k <= static_cast<int>(scores.size()); ++k)
             if (scores[k - 1] != '-')
                 test::writeFile(slot(k), scores.substr(k - 1, 1)),
                     fs::last_write_time(slot(k), saved(scores[k - 1] - '0'));
-        }
     }
     // Runs `body` in a process of its own, which ends with it.
     template <typename Body> pid_t copy(Body body)
     {
         const pid_t pid = ::fork();
-        if (pid == 0)
-            [&]() noexcept { body(), ::_exit(0); }(); // an exception ends it too
-        return pid;
+        return pid != 0 ? pid : ([&]() noexcept { body(), ::_exit(0); }(), pid); // an exception ends it too
     }
 
     std::string base = user("quiz.kqb.usr");
