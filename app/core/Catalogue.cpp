@@ -71,7 +71,8 @@ std::optional<std::string> titleLine(const std::string& path)
     // A title is short; only the first line is read, however large the file.
     constexpr std::size_t TitleLimit = 64 * 1024;
     try {
-        return safefile::readFirstLine(path, TitleLimit, MaxBankBytes);
+        // The question folder is its owner's alone: a bank linked into it is read.
+        return safefile::readFirstLine(path, TitleLimit, MaxBankBytes, safefile::Links::Follow);
     } catch (const safefile::Refused&) {
         return std::nullopt;
     }

@@ -42,9 +42,11 @@ using TitleReader = std::function<std::string(const std::string& path)>;
 
 // The names of the regular files directly inside `folder`, in the order the
 // usual file systems list them: by name without regard to case (then by byte
-// value, so the order is total). Hidden files are left out, as the platform's
-// listing of normal files leaves them out: temporary files are hidden.
-// Raises RuntimeError 76 (Path not found) when the folder does not exist.
+// value, so the order is total). A link counts as what it leads to: a link
+// to a regular file is listed, a dangling one or one to anything else is
+// not. Hidden files are left out, as the platform's listing of normal files
+// leaves them out: temporary files are hidden. Raises RuntimeError 76 (Path
+// not found) when the folder does not exist.
 std::vector<std::string> listFolderFiles(const std::string& folder);
 
 // Classifies the files `fileNames` of `folderspec` (ending in the separator)
@@ -58,10 +60,10 @@ std::vector<CatalogueHit> classifyFiles(const std::string& folderspec, const std
 // Empties both catalogues, then stores every hit in its slot.
 void fillCatalogues(Catalogues& catalogues, const std::vector<CatalogueHit>& hits);
 
-// The enciphered title of a question file: its first line. A file the loader
-// would refuse (not a regular file, reached through a link, larger than a
-// question file may be, a first line longer than any title) has none, so it
-// is offered as no test. Raises RuntimeError 53 for a missing file and 62
+// The enciphered title of a question file: its first line, read through a
+// link as the loader reads it. A file the loader would refuse (not a regular
+// file, larger than a question file may be, a first line longer than any
+// title) has none, so it is offered as no test. Raises RuntimeError 53 for a missing file and 62
 // (Input past end of file) for an empty one.
 std::optional<std::string> titleLine(const std::string& path);
 

@@ -9,24 +9,10 @@ namespace kesta {
 
 namespace {
 
-// One line as the program's text files are read: a line ends at CR LF, a lone
-// CR or a lone LF, and the last line needs no line end. Raises "Input past end
-// of file" when no line is left.
-std::string readLine(std::string_view& text)
-{
-    if (text.empty())
-        throw err::make(err::InputPastEnd);
-    const auto end = text.find_first_of("\r\n");
-    if (end == std::string_view::npos) {
-        std::string line(text);
-        text = {};
-        return line;
-    }
-    std::string line(text.substr(0, end));
-    const bool crlf = text[end] == '\r' && end + 1 < text.size() && text[end + 1] == '\n';
-    text.remove_prefix(end + (crlf ? 2 : 1));
-    return line;
-}
+// The program writes six short numbers. A longer line is no number it could
+// read, and reading on would let a file of one endless line hold it up; such
+// a file is as corrupt as one with a word on a line.
+constexpr std::size_t OptionsLineLimit = 64 * 1024;
 
 } // namespace
 
@@ -35,10 +21,13 @@ std::string optionsFilePath(const DataFolders& folders)
     return folders.DataDir + "/User/option.usr";
 }
 
-void parseOptions(std::string_view text, UserOptions& options)
+void parseOptions(const std::vector<std::string>& lines, UserOptions& options)
 {
-    for (int k = 1; k <= 6; ++k)
-        options.values[k] = parseInt16(readLine(text));
+    for (int k = 1; k <= 6; ++k) {
+        if (lines.size() < static_cast<std::size_t>(k))
+            throw err::make(err::InputPastEnd);
+        options.values[k] = parseInt16(lines[static_cast<std::size_t>(k) - 1]);
+    }
 }
 
 void ReadOptions(Host& host, const DataFolders& folders, UserOptions& options)
@@ -46,7 +35,7 @@ void ReadOptions(Host& host, const DataFolders& folders, UserOptions& options)
     const std::string path = optionsFilePath(folders);
     for (bool repaired = false;; repaired = true) {
         try {
-            parseOptions(safefile::read(path, safefile::SmallFileLimit), options);
+            parseOptions(safefile::readLines(path, 6, OptionsLineLimit), options);
             return;
         } catch (const RuntimeError&) {
             if (repaired) // the defaults just written do not read back: someone else's doing

@@ -6,6 +6,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace kesta {
 
@@ -24,16 +25,17 @@ inline constexpr int FontSizeLast = 12;
 // DataDir/User/option.usr
 std::string optionsFilePath(const DataFolders& folders);
 
-// Reads the first six lines of `text` into options 1 to 6, in order; lines
-// after the sixth are ignored. Raises RuntimeError 62 when a line is missing,
-// 13 for a line that is not a number and 6 for one that does not fit in 16
-// bits. The values read before a failure stay in `options`.
-void parseOptions(std::string_view text, UserOptions& options);
+// Reads the first six `lines` into options 1 to 6, in order; lines after the
+// sixth are ignored. Raises RuntimeError 62 when a line is missing, 13 for a
+// line that is not a number and 6 for one that does not fit in 16 bits. The
+// values read before a failure stay in `options`.
+void parseOptions(const std::vector<std::string>& lines, UserOptions& options);
 
-// Reads the options file into `options`. A file that cannot be read (missing,
-// not a regular file, larger than any options file) or parsed is never
-// reported: after the notice it is replaced by the defaults, which are then
-// read. Raises RuntimeError only when the defaults cannot be written.
+// Reads the options file into `options`: only its first six lines are read,
+// however large it is. A file that cannot be read (missing, not a regular
+// file, a line longer than any number) or parsed is never reported: after
+// the notice it is replaced by the defaults, which are then read. Raises
+// RuntimeError only when the defaults cannot be written.
 void ReadOptions(Host& host, const DataFolders& folders, UserOptions& options);
 
 inline constexpr const char* CorruptOptionsText =

@@ -8,6 +8,7 @@
 #include "app/ui/Trap.h"
 #include "common/core/SafeFile.h"
 #include "common/ui/Widgets.h"
+#include "progress/core/ScoreSlots.h"
 #include "questions/core/Cipher.h"
 
 #include <QAction>
@@ -83,6 +84,11 @@ void Form1::Enable_Mnu_Items()
         const std::string folderspec = state_.folders.questionFolder();
         const std::string userFolder = state_.folders.DataDir + "/User/";
         std::vector<CatalogueHit> hits = scanFolder(*this, folderspec, listFolderFiles(folderspec));
+        // A copy killed while it rotated a test's scores left them for the next one to finish.
+        std::vector<std::string> baseNames;
+        for (const CatalogueHit& hit : hits)
+            baseNames.push_back(hit.fileName + ".usr");
+        settleScores(userFolder, baseNames);
         // The score menu lists every exam's scores before any quiz's, whatever the folder order.
         std::stable_partition(hits.begin(), hits.end(),
                               [](const CatalogueHit& hit) { return hit.kind == CatalogueKind::Exam; });

@@ -104,8 +104,9 @@ void ProgramData::DeleteFile(const std::string& path)
 void ProgramData::Move_File(const std::string& source, const std::string& destination)
 {
     trapNonFatal(reporter_, "Move_File", [&] {
-        // As the platform's copy does, the destination keeps the source's
-        // modification time: the score menu shows when each score was saved.
+        // The file itself takes the new name, so it keeps its modification
+        // time, which the score menu shows as the time the score was saved,
+        // and a kill at any moment leaves it under one name or the other.
         safefile::move(source, destination);
     });
 }

@@ -25,7 +25,7 @@ public:
     std::string GetSpecialFolderPath(std::int32_t folderId, std::int32_t flags);
 
     void DeleteFile(const std::string& path);                               // wildcards * and ? allowed
-    void Move_File(const std::string& source, const std::string& destination); // copy over, then delete source
+    void Move_File(const std::string& source, const std::string& destination); // replaces destination
     bool File_Exists(const std::string& path);                              // a folder does not count
     bool Dir_Exists(const std::string& path);                               // a file does not count
 

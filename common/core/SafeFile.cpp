@@ -4,9 +4,13 @@
 #include <atomic>
 #include <cerrno>
 #include <csignal>
+#include <cstdint>
+#include <cstdio>
+#include <thread>
 #include <utility>
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -15,6 +19,11 @@ namespace kesta::safefile {
 Refused::Refused() : RuntimeError(err::PathFileAccess, err::describe(err::PathFileAccess)) {}
 
 namespace {
+
+// The longest file name the file systems the program runs on take, in bytes.
+constexpr std::size_t NameMax = 255;
+// The characters mkstemp puts after a temporary file's prefix.
+constexpr std::size_t RandomPart = 6;
 
 // The folder part of a path, with its separator ("" for a bare name).
 std::string folderPart(const std::string& path)
@@ -57,22 +66,26 @@ private:
 struct Opened {
     Fd fd;
     std::size_t size;
-    struct timespec modified;
 };
 
 // Opens a file for reading without blocking (a named pipe would wait for a
-// writer) and without following a link, and takes only a regular file.
-Opened openRegular(const std::string& path)
+// writer) and takes only a regular file. A link is refused unless the caller
+// trusts the folder; then what it leads to must be a regular file before it
+// is even opened, so no device is ever opened through one.
+Opened openRegular(const std::string& path, Links links = Links::Refuse)
 {
-    Fd fd(::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    struct stat st {};
+    if (links == Links::Follow && ::stat(path.c_str(), &st) == 0 && !S_ISREG(st.st_mode))
+        throw Refused();
+    const int noFollow = links == Links::Refuse ? O_NOFOLLOW : 0;
+    Fd fd(::open(path.c_str(), O_RDONLY | noFollow | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     if (fd.get() == -1)
         raiseFor(errno);
-    struct stat st {};
     if (::fstat(fd.get(), &st) != 0)
         throw err::make(err::PathFileAccess);
     if (!S_ISREG(st.st_mode))
         throw Refused();
-    return {Fd(fd.release()), static_cast<std::size_t>(st.st_size), st.st_mtim};
+    return {Fd(fd.release()), static_cast<std::size_t>(st.st_size)};
 }
 
 std::size_t readSome(int fd, char* into, std::size_t count)
@@ -100,6 +113,41 @@ std::string readOpened(Opened& file, std::size_t limit)
     return content;
 }
 
+// The first `count` lines of an opened file, read a block at a time and no
+// further than the size it had when opened.
+std::vector<std::string> linesOf(Opened& file, std::size_t count, std::size_t lineLimit)
+{
+    std::vector<std::string> lines;
+    std::string line;
+    bool open = false;    // a line has begun that no line end has closed yet
+    bool afterCr = false; // an LF right after a CR belongs to it
+    char block[4096];
+    for (std::size_t left = file.size; lines.size() < count && left > 0;) {
+        const std::size_t n = readSome(file.fd.get(), block, std::min(sizeof block, left));
+        if (n == 0)
+            break;
+        left -= n;
+        for (std::size_t i = 0; i < n && lines.size() < count; ++i) {
+            const char c = block[i];
+            if (std::exchange(afterCr, false) && c == '\n')
+                continue;
+            if (c == '\r' || c == '\n') {
+                lines.push_back(std::exchange(line, {}));
+                open = false;
+                afterCr = c == '\r';
+                continue;
+            }
+            line.push_back(c);
+            open = true;
+            if (line.size() > lineLimit)
+                throw Refused();
+        }
+    }
+    if (open && lines.size() < count)
+        lines.push_back(std::move(line));
+    return lines;
+}
+
 void writeAll(int fd, std::string_view bytes)
 {
     while (!bytes.empty()) {
@@ -125,13 +173,13 @@ mode_t creationMode(bool shared)
 // Writes a hidden temporary file beside `path` and renames it over `path`:
 // the rename replaces whatever name stood there (a link included) without
 // touching what it pointed to.
-void writeReplacing(const std::string& path, std::string_view bytes, Replace how, const struct timespec* modified)
+void writeReplacing(const std::string& path, std::string_view bytes, Replace how)
 {
     const std::string folder = folderPart(path);
     struct stat st {};
     if (::stat(folder.empty() ? "." : folder.c_str(), &st) != 0 || !S_ISDIR(st.st_mode))
         throw err::make(err::PathNotFound);
-    std::string temp = folder + "." + path.substr(folder.size()) + ".XXXXXX";
+    std::string temp = folder + temporaryPrefix(path.substr(folder.size())) + std::string(RandomPart, 'X');
     Fd fd(::mkstemp(temp.data()));
     if (fd.get() == -1)
         throw err::make(err::PathFileAccess);
@@ -141,11 +189,6 @@ void writeReplacing(const std::string& path, std::string_view bytes, Replace how
         if (::fchmod(fd.get(), creationMode(how.shared)) != 0)
             throw err::make(err::PathFileAccess);
         writeAll(fd.get(), bytes);
-        if (modified != nullptr) {
-            const struct timespec times[] = {{0, UTIME_OMIT}, *modified};
-            if (::futimens(fd.get(), times) != 0)
-                throw err::make(err::PathFileAccess);
-        }
         if (how.durable && ::fsync(fd.get()) != 0)
             throw err::make(err::PathFileAccess);
         if (::close(fd.release()) != 0 || ::rename(temp.c_str(), path.c_str()) != 0)
@@ -174,6 +217,47 @@ int openForAppend(const std::string& path, bool& created)
     return created || errno != EEXIST ? fd : ::open(path.c_str(), flags);
 }
 
+using Deadline = std::chrono::steady_clock::time_point;
+
+// Repeats `attempt` until it succeeds or `deadline` passes, trying often at
+// first and less often the longer it waits.
+template <typename Attempt>
+bool retryUntil(Deadline deadline, Attempt attempt)
+{
+    for (std::chrono::milliseconds pause{1};; pause = std::min(2 * pause, std::chrono::milliseconds{50})) {
+        if (attempt())
+            return true;
+        if (std::chrono::steady_clock::now() >= deadline)
+            return false;
+        std::this_thread::sleep_for(pause);
+    }
+}
+
+bool lockWithin(int fd, Deadline deadline)
+{
+    return retryUntil(deadline, [fd] { return ::flock(fd, LOCK_EX | LOCK_NB) == 0; });
+}
+
+// Opens the lock file, making it readable by every user when this process
+// makes it. -1 when it cannot be opened; `stranger` then tells that a link or
+// anything but a regular file stands at its name.
+int openLockFile(const std::string& path, bool& stranger)
+{
+    constexpr int flags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+    int raw = ::open(path.c_str(), flags | O_CREAT | O_EXCL, 0666);
+    const bool created = raw != -1;
+    if (!created && errno == EEXIST)
+        raw = ::open(path.c_str(), flags);
+    Fd fd(raw);
+    struct stat st {};
+    stranger = fd.get() == -1 ? errno == ELOOP || errno == ENXIO : ::fstat(fd.get(), &st) != 0 || !S_ISREG(st.st_mode);
+    if (fd.get() == -1 || stranger)
+        return -1;
+    if (created)
+        (void)::fchmod(fd.get(), 0666); // others open it too, whatever this user's umask
+    return fd.release();
+}
+
 void onSignal(int signal)
 {
     if (const char* temp = pendingTemporary.load())
@@ -190,9 +274,9 @@ std::string read(const std::string& path, std::size_t limit)
     return readOpened(file, limit);
 }
 
-Reader::Reader(const std::string& path, std::size_t limit)
+Reader::Reader(const std::string& path, std::size_t limit, Links links)
 {
-    Opened file = openRegular(path);
+    Opened file = openRegular(path, links);
     if (file.size > limit)
         throw err::make(err::SubscriptOutOfRange);
     size_ = left_ = file.size;
@@ -211,26 +295,21 @@ std::size_t Reader::read(char* into, std::size_t count)
     return n;
 }
 
-std::string readFirstLine(const std::string& path, std::size_t lineLimit, std::size_t fileLimit)
+std::vector<std::string> readLines(const std::string& path, std::size_t count, std::size_t lineLimit, Links links)
 {
-    Opened file = openRegular(path);
+    Opened file = openRegular(path, links);
+    return linesOf(file, count, lineLimit);
+}
+
+std::string readFirstLine(const std::string& path, std::size_t lineLimit, std::size_t fileLimit, Links links)
+{
+    Opened file = openRegular(path, links);
     if (file.size > fileLimit)
         throw Refused();
-    std::string line;
-    char chunk[4096];
-    bool any = false;
-    while (const std::size_t n = readSome(file.fd.get(), chunk, sizeof chunk)) {
-        any = true;
-        const char* end = std::find_if(chunk, chunk + n, [](char c) { return c == '\r' || c == '\n'; });
-        line.append(chunk, static_cast<std::size_t>(end - chunk));
-        if (line.size() > lineLimit)
-            throw Refused();
-        if (end != chunk + n)
-            return line;
-    }
-    if (!any)
+    std::vector<std::string> lines = linesOf(file, 1, lineLimit);
+    if (lines.empty())
         throw err::make(err::InputPastEnd);
-    return line;
+    return std::move(lines.front());
 }
 
 bool hasContent(const std::string& path)
@@ -242,17 +321,32 @@ bool hasContent(const std::string& path)
     }
 }
 
+std::string temporaryPrefix(const std::string& name)
+{
+    if (1 + name.size() + 1 + RandomPart <= NameMax)
+        return "." + name + ".";
+    // Shortened: the start of the name, then "~" and a hash of the whole name (FNV-1a) in 8 hex digits.
+    std::uint32_t hash = 2166136261u;
+    for (const unsigned char c : name)
+        hash = (hash ^ c) * 16777619u;
+    char hex[9];
+    std::snprintf(hex, sizeof hex, "%08x", static_cast<unsigned>(hash));
+    return "." + name.substr(0, NameMax - RandomPart - 11) + "~" + hex + ".";
+}
+
 void replace(const std::string& path, std::string_view bytes, Replace how)
 {
-    writeReplacing(path, bytes, how, nullptr);
+    writeReplacing(path, bytes, how);
 }
 
 void move(const std::string& source, const std::string& destination)
 {
-    Opened file = openRegular(source);
-    const std::string content = readOpened(file, SmallFileLimit);
-    writeReplacing(destination, content, {}, &file.modified);
-    if (::unlink(source.c_str()) != 0)
+    struct stat st {};
+    if (::lstat(source.c_str(), &st) != 0)
+        raiseFor(errno);
+    if (!S_ISREG(st.st_mode))
+        throw Refused();
+    if (::rename(source.c_str(), destination.c_str()) != 0)
         raiseFor(errno);
 }
 
@@ -276,10 +370,40 @@ void append(const std::string& path, std::string_view bytes)
         }
         if (created && ::fchmod(fd.get(), 0666) != 0) // other users append to the same log
             throw err::make(err::PathFileAccess);
-        writeAll(fd.get(), bytes);
+        // Other copies of the program append to the same file: one at a time,
+        // so a write cut short is cut back without cutting theirs.
+        (void)lockWithin(fd.get(), std::chrono::steady_clock::now() + std::chrono::seconds{1});
+        const off_t before = ::lseek(fd.get(), 0, SEEK_END);
+        try {
+            writeAll(fd.get(), bytes);
+        } catch (const RuntimeError&) {
+            // Nothing is left to do when even the cut fails: the write's own error is the one to report.
+            [[maybe_unused]] const int cut = ::ftruncate(fd.get(), before);
+            throw;
+        }
         return;
     }
     throw err::make(err::PathFileAccess);
+}
+
+Lock::Lock(const std::string& path, std::chrono::milliseconds patience)
+{
+    const Deadline deadline = std::chrono::steady_clock::now() + patience;
+    retryUntil(deadline, [&] {
+        bool stranger = false;
+        fd_ = openLockFile(path, stranger);
+        if (fd_ == -1 && stranger)
+            (void)::unlink(path.c_str()); // a planted link or pipe: the next attempt makes the file in its place
+        return fd_ != -1;
+    });
+    if (fd_ != -1 && !lockWithin(fd_, deadline))
+        ::close(std::exchange(fd_, -1));
+}
+
+Lock::~Lock()
+{
+    if (fd_ != -1)
+        ::close(fd_); // closing the last descriptor releases the lock
 }
 
 void removeTemporaryOnSignals()
@@ -287,6 +411,5 @@ void removeTemporaryOnSignals()
     std::signal(SIGINT, onSignal);
     std::signal(SIGTERM, onSignal);
 }
-
 
 } // namespace kesta::safefile

@@ -3,12 +3,20 @@
 #include "common/core/RuntimeError.h"
 #include "common/core/SafeFile.h"
 
+#include <limits>
+#include <string_view>
+
 namespace kesta {
 
 namespace {
 
 constexpr const char* LineEnd = "\r\n";
 constexpr std::int64_t FirstOrderIndex = 14; // 12 places of line 1, then its CR LF
+// Spaces are skipped wherever they stand, but a file may hold gigabytes of
+// them. The program writes at most about 4000 characters; a file that runs on
+// past this many bytes is treated as too long, as one with a 1002nd character
+// is, and reading stops there: scanning this much takes milliseconds.
+constexpr std::size_t ScanLimit = std::size_t{16} << 20;
 
 // One stored character taken as a decimal digit.
 int digitAt(const SavedProgress& saved, std::int64_t index)
@@ -63,14 +71,21 @@ std::string progressText(const SessionState& session, Int16 questionCount)
 
 void readSavedChars(const std::string& path, SavedProgress& saved)
 {
-    const std::string content = safefile::read(path, safefile::SmallFileLimit);
+    safefile::Reader file(path, std::numeric_limits<std::size_t>::max());
     saved.SavedChars.erase();
     saved.SavedCharCount = 0;
-    for (const char c : content) {
-        if (c == ' ')
-            continue;
-        saved.SavedChars[saved.SavedCharCount] = std::string(1, c);
-        saved.SavedCharCount = add16(saved.SavedCharCount, 1);
+    char block[16 * 1024];
+    for (std::size_t scanned = 0; const std::size_t n = file.read(block, sizeof block);) {
+        scanned += n;
+        if (scanned > ScanLimit)
+            throw err::make(err::SubscriptOutOfRange);
+        for (const char c : std::string_view(block, n)) {
+            if (c == ' ')
+                continue;
+            // A 1002nd character fails here, before anything past it is read.
+            saved.SavedChars[saved.SavedCharCount] = std::string(1, c);
+            saved.SavedCharCount = add16(saved.SavedCharCount, 1);
+        }
     }
 }
 

@@ -25,9 +25,10 @@ std::string pad3(Int16 value);
 std::string progressText(const SessionState& session, Int16 questionCount);
 
 // Reads the file at `path` into saved.SavedChars from index 0, one character
-// a slot, leaving spaces out, and sets SavedCharCount. Raises 53 for a
-// missing file, 75 for one that cannot be read (a link, a pipe) and 9 when a
-// 1002nd character would be stored or the file is larger than any progress file.
+// a slot, leaving spaces out, and sets SavedCharCount; reading stops at the
+// first failure. Raises 53 for a missing file, 75 for one that cannot be read
+// (a link, a pipe) and 9 when a 1002nd character would be stored or the
+// file runs on past 16 MiB.
 void readSavedChars(const std::string& path, SavedProgress& saved);
 
 // Decodes the stored characters over the session for `questionCount`

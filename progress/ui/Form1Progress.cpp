@@ -1,7 +1,6 @@
 // Saved progress, restoring it and the score history of the main window.
 #include "app/ui/Form1.h"
 #include "app/ui/Trap.h"
-#include "common/core/SafeFile.h"
 #include "common/core/TestKind.h"
 #include "common/ui/Widgets.h"
 #include "progress/core/ProgressFile.h"
@@ -120,9 +119,9 @@ void Form1::Save_Progress_Click()
 {
     trap("Save_Progress_Click()", [&] {
         const std::string text = progressText(state_.session, state_.questions.QuestionCount);
-        safefile::replace(progressPath(state_, state_.session.TestFile), text);
+        writeUserFile(progressPath(state_, state_.session.TestFile), text);
         notify(app_, "Save Progress", ProgressSavedText);
-        safefile::replace(state_.folders.DataDir + "/User/usrdata.usr", state_.saved.UserData);
+        writeUserFile(state_.folders.DataDir + "/User/usrdata.usr", state_.saved.UserData);
         Adjust_Menu();
     });
 }
@@ -131,9 +130,9 @@ void Form1::Save_Score_Click()
 {
     trap("Save_Score_Click()", [&] {
         const std::string text = progressText(state_.session, state_.questions.QuestionCount);
-        safefile::replace(NextScoreSlot(app_.data, progressPath(state_, state_.session.TestFile)), text);
+        saveScore(app_.data, progressPath(state_, state_.session.TestFile), text);
         notify(app_, "Save Score", ScoreSavedText);
-        safefile::replace(state_.folders.DataDir + "/User/usrdata.usr", state_.saved.UserData);
+        writeUserFile(state_.folders.DataDir + "/User/usrdata.usr", state_.saved.UserData);
         Adjust_Menu();
     });
 }

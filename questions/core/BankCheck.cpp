@@ -153,14 +153,14 @@ BankCheck CheckBankText(std::string_view bank, std::string_view passPhrase, Ques
     return judge(layout, loaded, list, passPhrase);
 }
 
-BankCheck CheckBankFile(const std::string& path, std::string_view passPhrase, QuestionList& list)
+BankCheck CheckBankFile(const std::string& path, std::string_view passPhrase, QuestionList& list, safefile::Links links)
 {
     Layout layout;
     {
-        FileLines lines(path, MaxBankBytes);
+        FileLines lines(path, MaxBankBytes, FileLines::Block, links);
         layout = layoutOf(lines);
     }
-    FileLines lines(path, MaxBankBytes);
+    FileLines lines(path, MaxBankBytes, FileLines::Block, links);
     LineDecoder decoder(passPhrase);
     bool titleRead = false;
     const LineDecipher decipher = [&](std::string_view line, std::string& text) {

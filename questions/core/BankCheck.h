@@ -1,5 +1,6 @@
 #pragma once
 
+#include "common/core/SafeFile.h"
 #include "questions/core/QuestionList.h"
 
 #include <string>
@@ -40,7 +41,9 @@ struct BankCheck {
 BankCheck CheckBankText(std::string_view bank, std::string_view passPhrase, QuestionList& list);
 
 // The same for the file at `path`, read a block at a time; opening raises as
-// the loader's does.
-BankCheck CheckBankFile(const std::string& path, std::string_view passPhrase, QuestionList& list);
+// the loader's does. The program follows a link in its question folder, a
+// bank handed over by name is read only as itself.
+BankCheck CheckBankFile(const std::string& path, std::string_view passPhrase, QuestionList& list,
+    safefile::Links links = safefile::Links::Refuse);
 
 } // namespace kesta

@@ -243,8 +243,8 @@ std::size_t Utf16Length(std::string_view text)
     return units;
 }
 
-FileLines::FileLines(const std::string& path, std::size_t limit, std::size_t block)
-    : reader_(path, limit), buffer_(std::max<std::size_t>(block, 1), '\0')
+FileLines::FileLines(const std::string& path, std::size_t limit, std::size_t block, safefile::Links links)
+    : reader_(path, limit, links), buffer_(std::max<std::size_t>(block, 1), '\0')
 {
 }
 
@@ -297,7 +297,7 @@ LoadResult LoadQuestionFile(const std::string& filename, QuestionList& list, Loa
                             const LineDecipher& decipher, std::size_t block)
 {
     beginLoad(observer);
-    FileLines lines(filename, MaxBankBytes, block);
+    FileLines lines(filename, MaxBankBytes, block, safefile::Links::Follow);
     return LoadQuestionLines(lines, list, observer, decipher);
 }
 

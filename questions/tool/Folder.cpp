@@ -94,7 +94,7 @@ int checkFolder(const Arguments& args)
             continue;
         }
         if (read.refused) {
-            notListed += "  " + name + ": not a regular file, a link, or larger than a bank may be\n";
+            notListed += "  " + name + ": not a regular file nor a link to one, or larger than a bank may be\n";
             continue;
         }
         if (!exam && !quiz)
@@ -111,7 +111,7 @@ int checkFolder(const Arguments& args)
         }
         try {
             const auto list = std::make_unique<QuestionList>();
-            for (const BankProblem& problem : checkBankFile(path, args.key, *list).problems)
+            for (const BankProblem& problem : checkBankFile(path, args.key, *list, safefile::Links::Follow).problems)
                 problems.push_back(problemLine(path, problem, false));
         } catch (const Failure& failure) {
             problems.push_back(failure.message);

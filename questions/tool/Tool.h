@@ -51,7 +51,8 @@ std::string readInput(const std::string& path, std::size_t limit);
 
 // Checks the question file at `path` as the program would load it; a file
 // that cannot be read or deciphered, or that is no question file, fails naming it.
-BankCheck checkBankFile(const std::string& path, const std::string& key, QuestionList& list);
+BankCheck checkBankFile(const std::string& path, const std::string& key, QuestionList& list,
+    safefile::Links links = safefile::Links::Refuse);
 
 // A problem of a bank as one line: "PATH:LINE: text" for a source,
 // "PATH: question N: text" for a bank, "PATH: text" for the whole bank.

@@ -367,12 +367,12 @@ std::string readInput(const std::string& path, std::size_t limit)
     }
 }
 
-BankCheck checkBankFile(const std::string& path, const std::string& key, QuestionList& list)
+BankCheck checkBankFile(const std::string& path, const std::string& key, QuestionList& list, safefile::Links links)
 {
     try {
         if (!safefile::hasContent(path) && std::filesystem::is_regular_file(std::filesystem::symlink_status(path)))
             throw failure(path, 0, "empty; not a question file");
-        return CheckBankFile(path, key, list);
+        return CheckBankFile(path, key, list, links);
     } catch (const BankSourceError& error) {
         throw failure(path, error.line(), error.what());
     } catch (const RuntimeError& error) {

@@ -52,8 +52,11 @@ TEST(CatalogueTest, TheFolderListsRegularVisibleFilesByNameWithoutRegardToCase)
     for (const char* name : {"m.kqb", "C.kqb", "b.kqb", "B.kqb", "a.kqb", "10.kqb", "9.kqb", ".hidden.kqb"})
         writeFile(dir / name, "x");
     std::filesystem::create_directories(dir / "sub");
+    // A link is what it leads to: the owner links banks in, but only a regular file is listed.
+    for (const char* target : {"m.kqb", "missing", "sub"})
+        std::filesystem::create_symlink(dir / target, dir / (std::string("to-") + target));
     EXPECT_EQ(listFolderFiles(dir.path() + "/"),
-              (std::vector<std::string>{"10.kqb", "9.kqb", "a.kqb", "B.kqb", "b.kqb", "C.kqb", "m.kqb"}));
+              (std::vector<std::string>{"10.kqb", "9.kqb", "a.kqb", "B.kqb", "b.kqb", "C.kqb", "m.kqb", "to-m.kqb"}));
     EXPECT_EQ(test::errorOf([&] { listFolderFiles(dir / "Questions/"); }), err::PathNotFound);
     EXPECT_EQ(test::errorOf([&] { listFolderFiles(dir / "m.kqb/"); }), err::PathNotFound);
 }

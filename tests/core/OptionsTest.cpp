@@ -1,5 +1,4 @@
 #include "app/core/Options.h"
-#include "common/core/SafeFile.h"
 
 #include "support/Checks.h"
 #include "support/DataTreeTest.h"
@@ -18,15 +17,18 @@ class OptionsTest : public test::DataTreeTest {};
 TEST_F(OptionsTest, AReadableFileIsTakenAsItStandsAndAnyOtherIsReplacedByTheDefaults)
 {
     const std::string defaults(DefaultOptionsText), notice = "1 [KESTA DEMO] ";
-    const std::string longest = defaults + "\r\n" + std::string(safefile::SmallFileLimit - defaults.size() - 2, 'x'),
-                      tooLong = longest + "x";
+    // Only six lines are read, however many follow.
+    const std::string longer = "7\n-3\r 2 \r\n0\r\n59\r\n20\r\nnot a number" + std::string(25000, '\n');
+    // The longest line read is 64 KiB, blanks included; one more is no number.
+    const std::string head = "1\r\n0\r\n0\r\n1\r\n30\r\n", longest = head + std::string(65535, ' ') + "5",
+                      tooLong = head + std::string(65536, ' ') + "5";
     const struct {
         const char* content; // null: no file
         std::string values, shown, left;
     } cases[] = {
-        {"7\n-3\r 2 \r\n0\r\n59\r\n20\r\nnot a number", "7 -3 2 0 59 20", "0 ", ""},
+        {longer.c_str(), "7 -3 2 0 59 20", "0 ", ""},
         {"32767\r\n-32768\r\n5.0\r\n5.5\r\n4.5\r\n-0.5", "32767 -32768 5 6 4 0", "0 ", ""},
-        {longest.c_str(), "1 0 0 1 30 5", "0 ", ""}, // as large as an options file may be
+        {longest.c_str(), "1 0 0 1 30 5", "0 ", ""},
         {tooLong.c_str(), "1 0 0 1 30 5", notice, defaults},
         {nullptr, "1 0 0 1 30 5", notice, defaults},
         {"1\r\n2\r\n3\r\n4\r\n5", "1 0 0 1 30 5", notice, defaults},
@@ -34,7 +36,7 @@ TEST_F(OptionsTest, AReadableFileIsTakenAsItStandsAndAnyOtherIsReplacedByTheDefa
         {"", "1 0 0 1 30 5", notice, defaults},
         {"1\r\n0\r\nten\r\n1\r\n30\r\n5", "1 0 0 1 30 5", notice, defaults},
         {"1\r\n\r\n0\r\n1\r\n30\r\n5", "1 0 0 1 30 5", notice, defaults},
-        {"1\n\n0\n0\n1\n30", "1 0 0 1 30 5", notice, defaults}, // an empty line is no number
+        {"\n1\n0\n0\n1\n30\n5", "1 0 0 1 30 5", notice, defaults}, // an empty line is no number
         {"1\r\n0\r\n0\r\n40000\r\n30\r\n5", "1 0 0 1 30 5", notice, defaults},
     };
     for (const auto& c : cases) {

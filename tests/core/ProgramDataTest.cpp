@@ -4,6 +4,7 @@
 #include "common/core/Int16.h"
 #include "common/core/SafeFile.h"
 #include "progress/core/ProgressFile.h"
+#include "progress/core/ScoreSlots.h"
 #include "questions/core/Cipher.h"
 #include "questions/core/QuestionLoader.h"
 #include "support/Checks.h"
@@ -79,7 +80,7 @@ TEST_F(ProgramDataTest, TheFolderLookupAndTheExistenceTestsLogOnlyFailures)
     EXPECT_TRUE(host.messages.empty());
 }
 
-TEST_F(ProgramDataTest, DeleteTakesWildcardsMoveReplacesALinkAndThePageWriterWrapsInTheFontTag)
+TEST_F(ProgramDataTest, DeleteTakesWildcardsAndThePageWriterWrapsInTheFontTag)
 {
     const std::tuple<std::vector<const char*>, std::string, std::string, std::string> deletes[] = {
         {{"t.usr.score1", "t.usr.score3", "t.usr.score10"}, "t.usr.score?", "t.usr.score10=t.usr.score10 ", ""},
@@ -98,13 +99,6 @@ TEST_F(ProgramDataTest, DeleteTakesWildcardsMoveReplacesALinkAndThePageWriterWra
         EXPECT_EQ(userFiles() + "|" + locations(), left + "|" + logged) << pattern;
         fs::remove(user("keep"));
     }
-    writeFile(user("t.usr.score2"), "new");
-    writeFile(dir / "victim", "precious");
-    fs::create_symlink(dir / "victim", user("t.usr.score1"));
-    data.Move_File(user("t.usr.score2"), user("t.usr.score1"));
-    data.Move_File(user("t.usr.score2"), user("t.usr.score1"));
-    EXPECT_EQ(userFiles() + readFile(dir / "victim") + "|" + locations(), "t.usr.score1=new precious|Program_Data.Move_File\n");
-
     options.values[6] = 12;
     std::string text = "Hello", plain = "Gr\xC3\xBC\xC3\x9F" "e";
     data.Write_HTML(text, "ignored/elsewhere.htm");
@@ -184,13 +178,25 @@ TEST_F(ProgramDataTest, HostileFilesNeverHangNorAreWrittenThroughAndGiveTheUnrea
         {user("q.usr"), "ps", [&] { return readSavedChars(user("q.usr"), saved), ""; }, "error 75"},
         {user("q.usr"), "b", [&] { return readSavedChars(user("q.usr"), saved), ""; }, "error 9"},
         {user("q.usr"), "pe", [&] { return std::to_string(safefile::hasContent(user("q.usr"))); }, "0"},
-        {user("t.usr.score2"), "p", [&] { return data.Move_File(user("t.usr.score2"), user("x")), locations(); },
+        {user("t.usr.score2"), "ps", [&] { return data.Move_File(user("t.usr.score2"), user("x")), locations(); },
          "Program_Data.Move_File\n"},
+        {user("x"), "s", [&] { return writeFile(user("y"), "new"), data.Move_File(user("y"), user("x")), readFile(user("x")); },
+         "new"},
         {folders.errorLogPath(), "prhs", logError, "Form1.A()\n1"},
         {folders.pagePath(), "p", [&] { return options.values[6] = 0, data.Write_HTML(page, ""), readFile(folders.pagePath()); },
          "page\r\n"},
-        {bank, "pbs", [&] { return titleLine(bank).value_or("no title"); }, "no title"},
+        {bank, "pb", [&] { return titleLine(bank).value_or("no title"); }, "no title"},
+        {bank, "s", [&] { return titleLine(bank).value_or("no title"); }, "theirs"}, // banks are linked in by their owner
         {bank, "p", load, "error 75"},
+        {bank, "s", load, "error 13"}, // read through the link: "theirs" is no ciphertext
+        {user(".lock"), "ps", [&] { // gives way to a file all may open; one holder at a time, free once it ends
+             writeUserFile(user("q.usr"), "x");
+             const bool made = fs::is_regular_file(fs::symlink_status(user(".lock")));
+             const std::chrono::milliseconds brief{20};
+             safefile::Lock mine(user(".lock"), brief), theirs(user(".lock"), brief);
+             return readFile(user("q.usr")) + std::to_string(made) + std::to_string(mine.held()) +
+                    std::to_string(theirs.held()) +
+                    std::to_string(fs::status(user(".lock")).permissions() == fs::perms(0666)); }, "x1101"},
         {bank, "b", load, "error 9"},
         {picture, "pbsk", images({picture, "file://" + picture}), "missing missing "},
         {picture, "h",
@@ -211,18 +217,21 @@ TEST_F(ProgramDataTest, HostileFilesNeverHangNorAreWrittenThroughAndGiveTheUnrea
             EXPECT_EQ(fs::status(target).permissions() & fs::perms::others_write, fs::perms::none);
         }
     }
-    fs::create_directories(dir / "Q"); // the question folder lists no hidden temporary file
-    writeFile(dir / "Q/.bank.kqb.Xy12zz", "");
+    fs::create_directories(dir / "Q");
     writeFile(dir / "Q/bank.kqb", "x");
-    EXPECT_EQ(listFolderFiles(dir / "Q"), std::vector<std::string>{"bank.kqb"});
-    // A write that fails halfway (here at the file-size limit) keeps the old file and leaves no temporary.
+    writeFile(folders.errorLogPath(), "old");
+    // A write that fails halfway (here at the file-size limit) keeps the old file and leaves no
+    // temporary; a log entry is appended whole or not at all.
     struct rlimit limit {};
     ::getrlimit(RLIMIT_FSIZE, &limit);
     const rlimit small {8, limit.rlim_max};
     std::signal(SIGXFSZ, SIG_IGN), ::setrlimit(RLIMIT_FSIZE, &small);
-    EXPECT_EQ(errorOf([&] { safefile::replace(dir / "Q/bank.kqb", std::string(64, 'y')); }), err::PathFileAccess);
+    EXPECT_EQ(errorOf([&] { safefile::replace(dir / "Q/bank.kqb", std::string(64, 'y')); }) +
+                  errorOf([&] { reporter.LogError("Form1", "A()", false, details, err::make(err::Overflow)); }),
+              2 * err::PathFileAccess);
     ::setrlimit(RLIMIT_FSIZE, &limit);
-    EXPECT_EQ(readFile(dir / "Q/bank.kqb") + std::to_string(std::distance(fs::directory_iterator(dir / "Q"), {})), "x2");
+    EXPECT_EQ(readFile(dir / "Q/bank.kqb") + std::to_string(std::distance(fs::directory_iterator(dir / "Q"), {})) + log(),
+              "x1old");
     ::alarm(0);
 }
 

@@ -75,7 +75,7 @@ TEST_F(RestoreTest, ASavedSessionComesBackWithSpacesSkippedAndAnswersShiftedPast
     SessionState unanswered = sessionOf(4);
     unanswered.UserAnswers[2] = "";
     const std::tuple<std::string, int, std::string> cases[] = {
-        {spaced, 7, "44 " + text},
+        {spaced + std::string(70000, ' '), 7, "44 " + text},
         // Written "a", "", "c", "d": read back one slot earlier from position 2 on.
         {progressText(unanswered, 4), 4, "31 013000300405\r\n004003002001\r\nacd"},
         {"01x000300405\r\n002\r\na", 1, "error 13"}, {"013000300405\r\n0a2\r\na", 1, "error 13"},
@@ -89,9 +89,12 @@ TEST_F(RestoreTest, ASavedSessionComesBackWithSpacesSkippedAndAnswersShiftedPast
 TEST_F(RestoreTest, AtMost1001CharactersAreStored)
 {
     // 246 answered positions take 14 + 738 + 2 + 246 = 1000 characters.
-    const std::string full = progressText(sessionOf(246), 246);
+    const std::string full = progressText(sessionOf(246), 246), one = progressText(sessionOf(1), 1);
     EXPECT_EQ(restore(full + "x" + std::string(50, ' '), 246), "1001 " + full);
     EXPECT_EQ(restore(progressText(sessionOf(247), 247), 247), "error 9");
+    // Reading stops 16 MiB into a file, blanks or not.
+    EXPECT_EQ(restore(one + std::string((16 << 20) - one.size(), ' '), 1), "20 " + one);
+    EXPECT_EQ(restore(one + std::string((16 << 20) - one.size() + 1, ' '), 1), "error 9");
     EXPECT_EQ(test::errorOf([&] { readSavedChars(dir / "absent.usr", saved); }), err::FileNotFound);
 }
 

@@ -297,7 +297,10 @@ TEST_F(QbankToolTest, CheckOfAFolderShowsWhatTheMenusShowAndWhy)
         writeFile(folder + "x" + std::to_string(k) + ".kqb",
             test::numberedBank(
                 k == 1 ? "KESTA Quiz Demo - Networking" : "KESTA Quiz Demo " + std::to_string(k), 1, "a"));
-    writeFile(folder + "broken.kqb", test::numberedBank("KESTA Exam Demo 3", 1, "e"));
+    writeFile(
+        dir / "broken.kqb", test::numberedBank("KESTA Exam Demo 3", 1, "e")); // read through a link, as the program
+    fs::create_symlink(dir / "broken.kqb", folder + "broken.kqb");
+    fs::create_symlink(dir / "gone.kqb", folder + "gone.kqb"); // a dangling link is not listed
     writeFile(folder + "notes.kqb", test::numberedBank("Networking", 1, "a"));
     writeFile(folder + "empty.kqb", "");
     std::string menus[2] = { "Select Exam:\n", "Select Domain Quiz:\n" };

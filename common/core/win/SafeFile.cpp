@@ -3,17 +3,26 @@
 #include "common/core/SafeFile.h"
 
 #include <algorithm>
+#include <chrono>
+#include <cstdint>
+#include <cstdio>
 #include <filesystem>
 #include <fcntl.h>
-#include <io.h>
 #include <fstream>
+#include <io.h>
 #include <sstream>
+#include <thread>
+#include <utility>
+#include <windows.h>
 
 namespace kesta::safefile {
 
 Refused::Refused() : RuntimeError(err::PathFileAccess, err::describe(err::PathFileAccess)) {}
 
 namespace {
+
+constexpr std::size_t NameMax = 255;
+constexpr std::size_t RandomPart = 6;
 
 std::string folderPart(const std::string& path)
 {
@@ -23,14 +32,23 @@ std::string folderPart(const std::string& path)
 
 namespace fs = std::filesystem;
 
-void checkRegular(const std::string& path)
+void checkRegular(const std::string& path, Links links = Links::Refuse)
 {
     std::error_code code;
-    const fs::file_status status = fs::symlink_status(path, code);
+    const fs::file_status status = links == Links::Follow ? fs::status(path, code) : fs::symlink_status(path, code);
     if (code || !fs::exists(status))
         throw err::make(err::FileNotFound);
     if (!fs::is_regular_file(status))
         throw Refused();
+}
+
+// A temporary name that no other writer picks: the process and a counter.
+std::string temporaryFor(const std::string& path)
+{
+    static unsigned counter = 0;
+    char tail[16];
+    std::snprintf(tail, sizeof tail, "%02lx%04x", GetCurrentProcessId() & 0xff, ++counter & 0xffff);
+    return folderPart(path) + temporaryPrefix(path.substr(folderPart(path).size())) + tail;
 }
 } // namespace
 
@@ -45,9 +63,9 @@ std::string read(const std::string& path, std::size_t limit)
     return s.str();
 }
 
-Reader::Reader(const std::string& path, std::size_t limit)
+Reader::Reader(const std::string& path, std::size_t limit, Links links)
 {
-    checkRegular(path);
+    checkRegular(path, links);
     size_ = left_ = static_cast<std::size_t>(fs::file_size(path));
     if (size_ > limit)
         throw err::make(err::SubscriptOutOfRange);
@@ -70,24 +88,40 @@ std::size_t Reader::read(char* into, std::size_t count)
     return static_cast<std::size_t>(n);
 }
 
-std::string readFirstLine(const std::string& path, std::size_t lineLimit, std::size_t fileLimit)
+std::vector<std::string> readLines(const std::string& path, std::size_t count, std::size_t lineLimit, Links links)
 {
-    checkRegular(path);
-    if (fs::file_size(path) > fileLimit)
-        throw Refused();
-    std::ifstream in(path, std::ios::binary);
+    Reader file(path, static_cast<std::size_t>(-1), links);
+    std::vector<std::string> lines;
     std::string line;
-    char c = 0;
-    bool any = false;
-    while (in.get(c) && c != '\r' && c != '\n') {
-        any = true;
+    bool open = false, afterCr = false;
+    for (char c; lines.size() < count && file.read(&c, 1) == 1;) {
+        if (std::exchange(afterCr, false) && c == '\n')
+            continue;
+        if (c == '\r' || c == '\n') {
+            lines.push_back(std::exchange(line, {}));
+            open = false;
+            afterCr = c == '\r';
+            continue;
+        }
         line.push_back(c);
+        open = true;
         if (line.size() > lineLimit)
             throw Refused();
     }
-    if (!any && !in)
+    if (open && lines.size() < count)
+        lines.push_back(line);
+    return lines;
+}
+
+std::string readFirstLine(const std::string& path, std::size_t lineLimit, std::size_t fileLimit, Links links)
+{
+    checkRegular(path, links);
+    if (fs::file_size(path) > fileLimit)
+        throw Refused();
+    const std::vector<std::string> lines = readLines(path, 1, lineLimit, links);
+    if (lines.empty())
         throw err::make(err::InputPastEnd);
-    return line;
+    return lines.front();
 }
 
 bool hasContent(const std::string& path)
@@ -96,9 +130,21 @@ bool hasContent(const std::string& path)
     return fs::is_regular_file(fs::symlink_status(path, code)) && fs::file_size(path, code) > 0;
 }
 
+std::string temporaryPrefix(const std::string& name)
+{
+    if (1 + name.size() + 1 + RandomPart <= NameMax)
+        return "." + name + ".";
+    std::uint32_t hash = 2166136261u;
+    for (const unsigned char c : name)
+        hash = (hash ^ c) * 16777619u;
+    char hex[9];
+    std::snprintf(hex, sizeof hex, "%08x", static_cast<unsigned>(hash));
+    return "." + name.substr(0, NameMax - RandomPart - 11) + "~" + hex + ".";
+}
+
 void replace(const std::string& path, std::string_view bytes, Replace)
 {
-    const std::string temp = folderPart(path) + "." + path.substr(folderPart(path).size()) + ".tmp";
+    const std::string temp = temporaryFor(path);
     {
         std::ofstream out(temp, std::ios::binary | std::ios::trunc);
         if (!out)
@@ -107,31 +153,56 @@ void replace(const std::string& path, std::string_view bytes, Replace)
         if (!out.flush())
             throw err::make(err::PathFileAccess);
     }
-    std::error_code code;
-    fs::rename(temp, path, code);
-    if (code) {
-        fs::remove(temp, code);
+    if (!MoveFileExA(temp.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) {
+        DeleteFileA(temp.c_str());
         throw err::make(err::PathFileAccess);
     }
 }
 
 void move(const std::string& source, const std::string& destination)
 {
-    const auto modified = fs::last_write_time(source);
-    replace(destination, read(source, SmallFileLimit));
-    fs::last_write_time(destination, modified);
-    if (!fs::remove(source))
-        throw err::make(err::FileNotFound);
+    checkRegular(source);
+    if (!MoveFileExA(source.c_str(), destination.c_str(), MOVEFILE_REPLACE_EXISTING))
+        throw err::make(GetLastError() == ERROR_FILE_NOT_FOUND ? err::FileNotFound : err::PathFileAccess);
 }
 
 void append(const std::string& path, std::string_view bytes)
 {
+    std::error_code code;
+    const auto before = fs::exists(path, code) ? fs::file_size(path, code) : 0;
     std::ofstream out(path, std::ios::binary | std::ios::app);
     if (!out)
         throw err::make(err::PathNotFound);
     out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    if (!out)
+    if (!out.flush()) {
+        out.close();
+        fs::resize_file(path, before, code); // whole or not at all
         throw err::make(err::PathFileAccess);
+    }
+}
+
+Lock::Lock(const std::string& path, std::chrono::milliseconds patience)
+{
+    const auto deadline = std::chrono::steady_clock::now() + patience;
+    HANDLE file = CreateFileA(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                              nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_HIDDEN, nullptr);
+    if (file == INVALID_HANDLE_VALUE)
+        return;
+    // The lock is the first byte's; the system releases it when its holder dies.
+    for (OVERLAPPED at{}; !LockFileEx(file, LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0, &at);) {
+        if (std::chrono::steady_clock::now() >= deadline) {
+            CloseHandle(file);
+            return;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds{20});
+    }
+    fd_ = _open_osfhandle(reinterpret_cast<intptr_t>(file), _O_RDONLY);
+}
+
+Lock::~Lock()
+{
+    if (fd_ != -1)
+        ::_close(fd_);
 }
 
 void removeTemporaryOnSignals() {}
