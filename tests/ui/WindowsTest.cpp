@@ -34,8 +34,8 @@ TEST(StartupTest, AnIncompleteInstallationEndsTheProgram)
     const std::string reinstall = "MESSAGEBOX\\[KESTA DEMO\\|0\\] One or more required KESTA DEMO data directories are "
                                   "missing\\. A re-installation of KESTA DEMO is necessary\\.\nENDED 1\n$";
     const std::string tree = "appdata/MORVO/KESTA/All", questions = "program/Questions";
-    for (const std::string& missing : std::initializer_list<std::string> { "appdata/MORVO", "appdata/MORVO/KESTA", tree,
-             tree + "/Log", tree + "/User", "" /* the known-folder lookup fails */, questions }) {
+    for (const std::string& missing : std::initializer_list<std::string> {"appdata/MORVO", "appdata/MORVO/KESTA", tree,
+             tree + "/Log", tree + "/User", "" /* the known-folder lookup fails */, questions}) {
         SCOPED_TRACE(missing);
         TestApp t;
         missing.empty() ? t.host.appData.reset() : (void)fs::remove_all(t.dir / missing);
@@ -45,10 +45,8 @@ TEST(StartupTest, AnIncompleteInstallationEndsTheProgram)
         std::string written;
         for (const std::string& file : files(t.dir.path()))
             written += before.count(file) ? "" : file + " ";
-        EXPECT_EQ(written,
-            missing == questions            ? tree + "/Log/ErrorLog.log "
-                : missing == tree + "/User" ? tree + "/Log/qtmp.htm "
-                                            : "");
+        EXPECT_EQ(written, missing == questions ? tree + "/Log/ErrorLog.log "
+                : missing == tree + "/User" ? tree + "/Log/qtmp.htm " : "");
     }
 }
 
@@ -145,6 +143,7 @@ const Journey journeys[] = {
                 "<file date>)]\nmnuScore01(2)[KESTA Quiz Demo (Saved on: <file date>)]\nmnuScore01(3)[KESTA Quiz Demo "
                 "(Saved on: <file date>)]\nmnuScore01(4)[KESTA Quiz Demo (Saved on: <file date>)]\nmnuScore01(5)[KESTA "
                 "Quiz Demo (Saved on: <file date>)]\n" },
+            { "> click Dialog1/CancelButton; close Form1", "" },
             { "menu mnuScore01(2); click Form2/Command3; click Dialog2/Command2; menu mnuScore01(1); look; click "
               "Form2/Command3; click Dialog2/Command2; menu mnuScore01(0)",
                 "-Form1\nForm2[Results]\nForm2/Command3[Close Explanation]\nForm2/Expl_Exit[Exit KESTA "
