@@ -144,26 +144,25 @@ const Journey journeys[] = {
                 "(Saved on: <file date>)]\nmnuScore01(4)[KESTA Quiz Demo (Saved on: <file date>)]\nmnuScore01(5)[KESTA "
                 "Quiz Demo (Saved on: <file date>)]\n" },
             { "> click Dialog1/CancelButton; close Form1", "" },
-            { "menu mnuScore01(2); click Form2/Command3; click Dialog2/Command2; menu mnuScore01(1); look; click "
-              "Form2/Command3; click Dialog2/Command2; menu mnuScore01(0)",
+            { "menu mnuScore01(1); look; click Form2/Command3; click Dialog2/Command2; menu mnuScore01(0)",
                 "-Form1\nForm2[Results]\nForm2/Command3[Close Explanation]\nForm2/Expl_Exit[Exit KESTA "
                 "DEMO]\nForm2/Frame1[]\nForm2/Frame2[]\nForm2/Label1[Score:]\nForm2/Label2[100%]\nForm2/"
                 "QuestionNumber[]\nForm2/WebBrowser1[CONGRATULATIONS! You've got a Perfect Score!]\nOpen Existing "
-                "Domain Quiz: Your previous Domain Quiz has been opened.\\r\\nPress OK to continue.\nOpen Existing "
-                "Domain Quiz:\nForm2/Expl_Next[Next Explanation]\nForm2/Label2[33%]\nForm2/QuestionNumber[Chapter: "
-                "KESTA Exam Demo | Question 1 of 2]\nForm2/WebBrowser1[Q2 Your answer: A The correct answer is: B "
+                "Domain Quiz: Your previous Domain Quiz has been opened.\\r\\nPress OK to "
+                "continue.\nForm2/Expl_Next[Next Explanation]\nForm2/Label2[33%]\nForm2/QuestionNumber[Chapter: KESTA "
+                "Exam Demo | Question 1 of 2]\nForm2/WebBrowser1[Q2 Your answer: A The correct answer is: B "
                 "Explanation: E2]\nOpen Existing Exam: Your previous Exam has been opened.\\r\\nPress OK to "
                 "continue.\n" },
         } },
     { "SavedOnLeavingAndLoadedAfterTheRestart",
         {
-            { "menu Review1(0); click Start_Test; click Option2; click Command2; click Option1; click Command2",
+            { "menu Review1(0); click Start_Test; click Option2; click Command2",
                 "-ProgressBar1\nBack_Command1[Previous Question]\nCommand2[Next Question]\nEndExam[End Domain "
                 "Quiz]\nLabel3[Choose the best answer and select the corresponding letter below.]\nNum_Label1[Chapter: "
-                "KESTA Quiz Demo | Question 3 of "
+                "KESTA Quiz Demo | Question 2 of "
                 "5]\nOption1[A]\nOption2[B]\nOption3[C]\nOption4[D]\nSave_Progress[Save Domain Quiz or Exam "
                 "Progress]\nTimeLeft[]\nTime_Left[Time Left:]\nTimer1 on\nViewAnswer[View "
-                "Answer]\nWebBrowser1[Q3]\nmnuPrintQuestions[Print Questions]\nKESTA DEMO: The Domain Quiz will now "
+                "Answer]\nWebBrowser1[Q5]\nmnuPrintQuestions[Print Questions]\nKESTA DEMO: The Domain Quiz will now "
                 "begin. Press OK to continue.\n" },
             { "> look & click Dialog1/OKButton; > look & click Form3/OKButton; menu quitMenuItem",
                 "Dialog1[Exit KESTA DEMO]\nDialog1/CancelButton[Cancel]\nDialog1/Label1[Are you sure you wish to exit "
@@ -174,9 +173,9 @@ const Journey journeys[] = {
                 "appropriate chapter.\nENDED 0\n" },
             { "cat quiz.kqb.usr; write exam.kqb.usr 000700400409\r\n003002001\r\nacc; restart; start; menu r01(0); "
               "look; menu ch01(0)",
-                "quiz.kqb.usr: 000700300330\\r\\n001005003004002\\r\\nba\nNum_Label1[KESTA Quiz Demo | Question 3 of "
-                "5]\nch01(0)[KESTA Exam Demo]\nr01(0)[KESTA Quiz Demo]\nLoad Existing Domain Quiz: Your previous "
-                "Domain Quiz has been loaded.\\r\\nPress OK to continue.\n-Command2\nEndExam[End "
+                "quiz.kqb.usr: 000700200230\\r\\n001005003004002\\r\\nb\nNum_Label1[KESTA Quiz Demo | Question 2 of "
+                "5]\nWebBrowser1[Q2]\nch01(0)[KESTA Exam Demo]\nr01(0)[KESTA Quiz Demo]\nLoad Existing Domain Quiz: "
+                "Your previous Domain Quiz has been loaded.\\r\\nPress OK to continue.\n-Command2\nEndExam[End "
                 "Exam]\nFinish[Finish]\nNum_Label1[]\nWebBrowser1[Click 'Finish' to end and score your Exam, or click "
                 "the 'Previous' button to go back and re-check your test]\nLoad Existing Exam: Your previous Exam has "
                 "been loaded.\\r\\nPress OK to continue.\nKESTA DEMO: Press the 'Finish' button to end and score your "
