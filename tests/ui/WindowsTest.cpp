@@ -82,19 +82,31 @@ TEST_P(JourneyTest, ShowsWhatEachStepExpects)
 }
 
 const Journey journeys[] = {
-    { "AQuizAnsweredByButtonsAndKeysScoredReviewedAndClosed",
+    { "AQuizAnsweredByButtonsAndKeysSavedScoredReviewedClosedAndRestored",
         {
-            { "menu Review1(0); click Start_Test; click Command2; click Option1; click Command2; key C; look; key "
-              "Shift+D; key Alt+A; key Ctrl+B; key Meta+C; key E",
-                "-ProgressBar1\nBack_Command1[Previous Question]\nCommand2[Next Question]\nEndExam[End Domain "
-                "Quiz]\nLabel3[Choose the best answer and select the corresponding letter below.]\nNum_Label1[Chapter: "
-                "KESTA Quiz Demo | Question 2 of "
-                "5]\nOption1[A]\nOption2[B]\nOption3[C*]\nOption4[D]\nSave_Progress[Save Domain Quiz or Exam "
-                "Progress]\nTimeLeft[]\nTime_Left[Time Left:]\nTimer1 on\nViewAnswer[View "
-                "Answer]\nWebBrowser1[Q5]\nmnuPrintQuestions[Print Questions]\nKESTA DEMO: The Domain Quiz will now "
+            { "full; menu Review1(0); click Start_Test; click Command2; click Option1; click Command2; key C; look; "
+              "key Shift+D; key Alt+A; key Ctrl+B; key Meta+C; key E",
+                "-ProgressBar1\nBack_Command1[Previous Question] 12,80 160x30 ~Click here to go to the previous "
+                "question\nCommand2[Next Question] 184,80 160x30 ~Click here to go to the next question\nEndExam[End "
+                "Domain Quiz] 528,80 180x30 ~Click here to end the current exam\nLabel3[Choose the best answer and "
+                "select the corresponding letter below.] 12,8 696x22 ~Choose an answer from the letters "
+                "below:\nNum_Label1[Chapter: KESTA Quiz Demo | Question 2 of 5] 8,12 500x22\nOption1[A] 180,38 "
+                "80x26\nOption2[B] 280,38 80x26\nOption3[C*] 380,38 80x26\nOption4[D] 480,38 80x26\nSave_Progress[Save "
+                "Domain Quiz or Exam Progress]\nTimeLeft[] 624,12 90x22 ~Time Left\nTime_Left[Time Left:] 540,12 80x22 "
+                "~Time Left\nTimer1 on\nViewAnswer[View Answer] 356,80 160x30 ~Click here to begin the "
+                "test\nWebBrowser1[Q5]\nmnuPrintQuestions[Print Questions]\nKESTA DEMO: The Domain Quiz will now "
                 "begin. Press OK to continue.\nKESTA DEMO: Please choose an answer from the choices "
                 "below\nOption3[C]\nOption4[D*]\n" },
-            { "> look & click Dialog3/OK; click ViewAnswer; click Back_Command1; look; click Command2",
+            { "> look & click Dialog1/OKButton; > look & click Form3/OKButton; menu quitMenuItem",
+                "Dialog1[Exit KESTA DEMO] 222,247 420x150 Arial 9pt\nDialog1/CancelButton[Cancel] 220,100 "
+                "120x30\nDialog1/Label1[Are you sure you wish to exit KESTA DEMO?] 16,16 388x64 "
+                "wrap\nDialog1/OKButton[OK] 80,100 120x30 default ~Click here to exit KESTA Halvergrove\nForm3[Save "
+                "Progress] 222,247 420x150 Arial 9pt\nForm3/CancelButton[No] 220,100 120x30\nForm3/Label1[Would you "
+                "like to save your progress before continuing?] 16,16 388x64 wrap\nForm3/OKButton[Yes] 80,100 120x30 "
+                "default\n-Form3\nr01(0)[KESTA Quiz Demo]\nSave Progress: Your current progress has been saved. "
+                "\\r\\n\\r\\nIf you would like to open it at any time, go to the file menu, select 'Load Previous Exam "
+                "or Domain Quiz', then choose the appropriate chapter.\nENDED 0\n" },
+            { "full; > look & click Dialog3/OK; click ViewAnswer; click Back_Command1; look; click Command2",
                 "Dialog3[View Answer]\nDialog3/OK[OK]\nDialog3/WebBrowser1[Chapter: KESTA Quiz Demo, Question 2 of 5 "
                 "Answer: A Explanation: E5]\n-Back_Command1\n-Dialog3\nNum_Label1[Chapter: KESTA Quiz Demo | Question "
                 "1 of 5]\nOption1[A*]\nOption4[D]\nWebBrowser1[Q1]\n+Back_Command1\nNum_Label1[Chapter: KESTA Quiz "
@@ -112,23 +124,33 @@ const Journey journeys[] = {
                 "687x383\nSave Score: Your current progress and score has been saved. \\r\\n\\r\\nIf you would like to "
                 "open it at any time, go to the file menu, select 'View Previous Scores', then choose the appropriate "
                 "Exam or Domain Quiz.\n" },
-            { "full; click Form2/Expl_Next; look; click Form2/Expl_Next; look; click Form2/Expl_Back; look; click "
-              "Form2/Expl_Back",
+            { "full; click Form2/Expl_Next; look; click Form2/Expl_Next; look; click Form2/Expl_Back",
                 "Form2/Expl_Back[Previous Explanation]\nForm2/QuestionNumber[Chapter: KESTA Quiz Demo | Question 2 of "
                 "3]\nForm2/WebBrowser1[Q3 Your answer: C The correct answer is: A Explanation: "
                 "E3]\n-Form2/Expl_Next\nForm2/QuestionNumber[Chapter: KESTA Quiz Demo | Question 3 of "
                 "3]\nForm2/WebBrowser1[Q4 Your answer: B The correct answer is: A Explanation: "
                 "E4]\n+Form2/Expl_Next\nForm2/QuestionNumber[Chapter: KESTA Quiz Demo | Question 2 of "
-                "3]\nForm2/WebBrowser1[Q3 Your answer: C The correct answer is: A Explanation: "
-                "E3]\n-Form2/Expl_Back\nForm2/QuestionNumber[Chapter: KESTA Quiz Demo | Question 1 of "
-                "3]\nForm2/WebBrowser1[Q5 Your answer: D The correct answer is: A Explanation: E5]\n" },
+                "3]\nForm2/WebBrowser1[Q3 Your answer: C The correct answer is: A Explanation: E3]\n" },
             { "> click Dialog1/CancelButton; click Form2/Expl_Exit; close Form2; click Form2/Command3; click "
               "Dialog2/Command2",
                 "-Back_Command1\n-Command2\n-EndExam\n-Form2\n-Label3\n-Num_Label1\n-Option1\n-Option2\n-Option3\n-"
                 "Option4\n-TimeLeft\n-Time_Left\n-Timer1\n-ViewAnswer\n+Form1\nSave_Progress[Save Domain Quiz or Exam "
                 "Progress] off\nWebBrowser1[Select a new Domain Quiz or Exam from the file menu to "
                 "begin]\nmnuPrintQuestions[Print Questions] off\nmnuScore01(0)[KESTA Quiz Demo (Saved on: <file "
-                "date>)]\n" },
+                "date>)]\nr01(0)[KESTA Quiz Demo]\n" },
+            { "cat quiz.kqb.usr; write exam.kqb.usr 000700400409\r\n003002001\r\nacc; restart; start; menu r01(0); "
+              "look; menu ch01(0)",
+                "quiz.kqb.usr: "
+                "000700200230\\r\\n001005003004002\\r\\nad\n+Back_Command1\n+Command2\n+EndExam\n+Label3\nNum_Label1["
+                "KESTA Quiz Demo | Question 2 of 5]\n+Option1\n+Option2\n+Option3\nOption4[D]\nSave_Progress[Save "
+                "Domain Quiz or Exam "
+                "Progress]\n+TimeLeft\n+Time_Left\n+Timer1\n+ViewAnswer\nWebBrowser1[Q2]\nch01(0)[KESTA Exam "
+                "Demo]\nmnuPrintQuestions[Print Questions]\nLoad Existing Domain Quiz: Your previous Domain Quiz has "
+                "been loaded.\\r\\nPress OK to continue.\n-Command2\nEndExam[End "
+                "Exam]\nFinish[Finish]\nNum_Label1[]\nWebBrowser1[Click 'Finish' to end and score your Exam, or click "
+                "the 'Previous' button to go back and re-check your test]\nLoad Existing Exam: Your previous Exam has "
+                "been loaded.\\r\\nPress OK to continue.\nKESTA DEMO: Press the 'Finish' button to end and score your "
+                "Exam.\n" },
         } },
     { "FiveAndSixScoresAreListedAndReopened",
         {
@@ -153,33 +175,6 @@ const Journey journeys[] = {
                 "Exam Demo | Question 1 of 2]\nForm2/WebBrowser1[Q2 Your answer: A The correct answer is: B "
                 "Explanation: E2]\nOpen Existing Exam: Your previous Exam has been opened.\\r\\nPress OK to "
                 "continue.\n" },
-        } },
-    { "SavedOnLeavingAndLoadedAfterTheRestart",
-        {
-            { "menu Review1(0); click Start_Test; click Option2; click Command2",
-                "-ProgressBar1\nBack_Command1[Previous Question]\nCommand2[Next Question]\nEndExam[End Domain "
-                "Quiz]\nLabel3[Choose the best answer and select the corresponding letter below.]\nNum_Label1[Chapter: "
-                "KESTA Quiz Demo | Question 2 of "
-                "5]\nOption1[A]\nOption2[B]\nOption3[C]\nOption4[D]\nSave_Progress[Save Domain Quiz or Exam "
-                "Progress]\nTimeLeft[]\nTime_Left[Time Left:]\nTimer1 on\nViewAnswer[View "
-                "Answer]\nWebBrowser1[Q5]\nmnuPrintQuestions[Print Questions]\nKESTA DEMO: The Domain Quiz will now "
-                "begin. Press OK to continue.\n" },
-            { "> look & click Dialog1/OKButton; > look & click Form3/OKButton; menu quitMenuItem",
-                "Dialog1[Exit KESTA DEMO]\nDialog1/CancelButton[Cancel]\nDialog1/Label1[Are you sure you wish to exit "
-                "KESTA DEMO?]\nDialog1/OKButton[OK]\nForm3[Save Progress]\nForm3/CancelButton[No]\nForm3/Label1[Would "
-                "you like to save your progress before continuing?]\nForm3/OKButton[Yes]\n-Form3\nr01(0)[KESTA Quiz "
-                "Demo]\nSave Progress: Your current progress has been saved. \\r\\n\\r\\nIf you would like to open it "
-                "at any time, go to the file menu, select 'Load Previous Exam or Domain Quiz', then choose the "
-                "appropriate chapter.\nENDED 0\n" },
-            { "cat quiz.kqb.usr; write exam.kqb.usr 000700400409\r\n003002001\r\nacc; restart; start; menu r01(0); "
-              "look; menu ch01(0)",
-                "quiz.kqb.usr: 000700200230\\r\\n001005003004002\\r\\nb\nNum_Label1[KESTA Quiz Demo | Question 2 of "
-                "5]\nWebBrowser1[Q2]\nch01(0)[KESTA Exam Demo]\nr01(0)[KESTA Quiz Demo]\nLoad Existing Domain Quiz: "
-                "Your previous Domain Quiz has been loaded.\\r\\nPress OK to continue.\n-Command2\nEndExam[End "
-                "Exam]\nFinish[Finish]\nNum_Label1[]\nWebBrowser1[Click 'Finish' to end and score your Exam, or click "
-                "the 'Previous' button to go back and re-check your test]\nLoad Existing Exam: Your previous Exam has "
-                "been loaded.\\r\\nPress OK to continue.\nKESTA DEMO: Press the 'Finish' button to end and score your "
-                "Exam.\n" },
         } },
 };
 
