@@ -6,7 +6,6 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <set>
 
 namespace kesta {
 namespace {
@@ -124,13 +123,16 @@ const Journey journeys[] = {
                 "687x383\nSave Score: Your current progress and score has been saved. \\r\\n\\r\\nIf you would like to "
                 "open it at any time, go to the file menu, select 'View Previous Scores', then choose the appropriate "
                 "Exam or Domain Quiz.\n" },
-            { "full; click Form2/Expl_Next; look; click Form2/Expl_Next; look; click Form2/Expl_Back",
+            { "full; click Form2/Expl_Next; look; click Form2/Expl_Next; look; click Form2/Expl_Back; look; click "
+              "Form2/Expl_Back",
                 "Form2/Expl_Back[Previous Explanation]\nForm2/QuestionNumber[Chapter: KESTA Quiz Demo | Question 2 of "
                 "3]\nForm2/WebBrowser1[Q3 Your answer: C The correct answer is: A Explanation: "
                 "E3]\n-Form2/Expl_Next\nForm2/QuestionNumber[Chapter: KESTA Quiz Demo | Question 3 of "
                 "3]\nForm2/WebBrowser1[Q4 Your answer: B The correct answer is: A Explanation: "
                 "E4]\n+Form2/Expl_Next\nForm2/QuestionNumber[Chapter: KESTA Quiz Demo | Question 2 of "
-                "3]\nForm2/WebBrowser1[Q3 Your answer: C The correct answer is: A Explanation: E3]\n" },
+                "3]\nForm2/WebBrowser1[Q3 Your answer: C The correct answer is: A Explanation: "
+                "E3]\n-Form2/Expl_Back\nForm2/QuestionNumber[Chapter: KESTA Quiz Demo | Question 1 of "
+                "3]\nForm2/WebBrowser1[Q5 Your answer: D The correct answer is: A Explanation: E5]\n" },
             { "> click Dialog1/CancelButton; click Form2/Expl_Exit; close Form2; click Form2/Command3; click "
               "Dialog2/Command2",
                 "-Back_Command1\n-Command2\n-EndExam\n-Form2\n-Label3\n-Num_Label1\n-Option1\n-Option2\n-Option3\n-"
@@ -166,7 +168,9 @@ const Journey journeys[] = {
                 "(Saved on: <file date>)]\nmnuScore01(4)[KESTA Quiz Demo (Saved on: <file date>)]\nmnuScore01(5)[KESTA "
                 "Quiz Demo (Saved on: <file date>)]\n" },
             { "> click Dialog1/CancelButton; close Form1", "" },
-            { "menu mnuScore01(1); look; click Form2/Command3; click Dialog2/Command2; menu mnuScore01(0)",
+            { "menu mnuScore01(1); look; click Form2/Command3; click Dialog2/Command2; menu mnuScore01(0); look; click "
+              "Form2/Command3; click Dialog2/Command2; menu mnuScore01(4); click Form2/Expl_Next; click "
+              "Form2/Expl_Next",
                 "-Form1\nForm2[Results]\nForm2/Command3[Close Explanation]\nForm2/Expl_Exit[Exit KESTA "
                 "DEMO]\nForm2/Frame1[]\nForm2/Frame2[]\nForm2/Label1[Score:]\nForm2/Label2[100%]\nForm2/"
                 "QuestionNumber[]\nForm2/WebBrowser1[CONGRATULATIONS! You've got a Perfect Score!]\nOpen Existing "
@@ -174,7 +178,10 @@ const Journey journeys[] = {
                 "continue.\nForm2/Expl_Next[Next Explanation]\nForm2/Label2[33%]\nForm2/QuestionNumber[Chapter: KESTA "
                 "Exam Demo | Question 1 of 2]\nForm2/WebBrowser1[Q2 Your answer: A The correct answer is: B "
                 "Explanation: E2]\nOpen Existing Exam: Your previous Exam has been opened.\\r\\nPress OK to "
-                "continue.\n" },
+                "continue.\n-Form2/Expl_Next\nForm2/Expl_Back[Previous "
+                "Explanation]\nForm2/Label2[40%]\nForm2/QuestionNumber[Chapter: KESTA Quiz Demo | Question 3 of "
+                "3]\nForm2/WebBrowser1[Your answer: NONE The correct answer is: Explanation:]\nOpen Existing Domain "
+                "Quiz:\n" },
         } },
 };
 
