@@ -37,9 +37,7 @@ constexpr int BrowserTop = 56;
 
 } // namespace
 
-Form1::Form1(App& app)
-    : app_(app)
-    , state_(app.state)
+Form1::Form1(App& app) : app_(app), state_(app.state)
 {
     setObjectName("Form1");
     resize(FormWidth, FormHeight);
@@ -75,7 +73,7 @@ void Form1::buildMenus()
 
     // Item arrays: more items than catalogue slots, all hidden until filled.
     auto fill = [](QMenu* parent, std::vector<QAction*>& items, const char* name, const char* caption, int count,
-                    bool enabled) {
+                   bool enabled) {
         for (int i = 0; i < count; ++i) {
             QAction* item = ui::action(parent, QString("%1(%2)").arg(name).arg(i), caption);
             item->setVisible(false);
@@ -109,27 +107,28 @@ void Form1::buildControls()
 
     Frame1 = ui::frame(central, "Frame1", QRect(0, 0, Frame1Width, Frame1Height));
     Label3 = ui::label(Frame1, "Label3", "Choose the best answer and select the corresponding letter below.",
-        QRect(12, 8, 696, 22), "Choose an answer from the letters below:");
+                       QRect(12, 8, 696, 22), "Choose an answer from the letters below:");
     OptionGroup = new QButtonGroup(this);
     OptionGroup->setObjectName("OptionGroup");
-    const char* letters[] = { "A", "B", "C", "D" };
-    QRadioButton** options[] = { &Option1, &Option2, &Option3, &Option4 };
+    const char* letters[] = {"A", "B", "C", "D"};
+    QRadioButton** options[] = {&Option1, &Option2, &Option3, &Option4};
     for (int i = 0; i < 4; ++i) {
         *options[i] = ui::radio(Frame1, QString("Option%1").arg(i + 1), letters[i], QRect(180 + i * 100, 38, 80, 26));
         OptionGroup->addButton(*options[i]);
     }
     Back_Command1 = ui::button(Frame1, "Back_Command1", "Previous Question", QRect(12, 80, 160, 30),
-        "Click here to go to the previous question");
-    Command2 = ui::button(
-        Frame1, "Command2", "Next Question", QRect(184, 80, 160, 30), "Click here to go to the next question");
+                               "Click here to go to the previous question");
+    Command2 = ui::button(Frame1, "Command2", "Next Question", QRect(184, 80, 160, 30),
+                          "Click here to go to the next question");
     Finish = ui::button(Frame1, "Finish", "Finish", QRect(184, 80, 160, 30),
-        "Press this button to score your exam and display explainations for incorrectly answered "
-        "questions");
-    Start_Test
-        = ui::button(Frame1, "Start_Test", "Start Test", QRect(356, 80, 160, 30), "Click here to begin the test");
-    ViewAnswer
-        = ui::button(Frame1, "ViewAnswer", "View Answer", QRect(356, 80, 160, 30), "Click here to begin the test");
-    EndExam = ui::button(Frame1, "EndExam", "End Exam", QRect(528, 80, 180, 30), "Click here to end the current exam");
+                        "Press this button to score your exam and display explainations for incorrectly answered "
+                        "questions");
+    Start_Test = ui::button(Frame1, "Start_Test", "Start Test", QRect(356, 80, 160, 30),
+                            "Click here to begin the test");
+    ViewAnswer = ui::button(Frame1, "ViewAnswer", "View Answer", QRect(356, 80, 160, 30),
+                            "Click here to begin the test");
+    EndExam = ui::button(Frame1, "EndExam", "End Exam", QRect(528, 80, 180, 30),
+                         "Click here to end the current exam");
 
     StatusBar1 = new QStatusBar(this);
     StatusBar1->setObjectName("StatusBar1");
@@ -160,10 +159,10 @@ void Form1::buildControls()
 
     // Tab follows the layout: the page, the answers left to right, then the
     // row of buttons (those that share a place are never shown together).
-    ui::setTabChain({ WebBrowser1, Option1, Option2, Option3, Option4, Back_Command1, Command2, Finish, Start_Test,
-        ViewAnswer, EndExam });
+    ui::setTabChain({WebBrowser1, Option1, Option2, Option3, Option4, Back_Command1, Command2, Finish, Start_Test,
+                     ViewAnswer, EndExam});
 
-    for (QWidget* w : { static_cast<QWidget*>(Frame1), static_cast<QWidget*>(Frame2) })
+    for (QWidget* w : {static_cast<QWidget*>(Frame1), static_cast<QWidget*>(Frame2)})
         ui::setFontFamily(w, "Arial");
     qApp->installEventFilter(this); // key preview: letters reach the window before its controls
 }
@@ -190,22 +189,10 @@ void Form1::connectRoutines()
     connect(Finish, &QPushButton::clicked, this, [this] { Finish_Click(); });
     connect(EndExam, &QPushButton::clicked, this, [this] { EndExam_Click(); });
     connect(ViewAnswer, &QPushButton::clicked, this, [this] { ViewAnswer_Click(); });
-    connect(Option1, &QRadioButton::toggled, this, [this](bool on) {
-        if (on)
-            Option1_Click();
-    });
-    connect(Option2, &QRadioButton::toggled, this, [this](bool on) {
-        if (on)
-            Option2_Click();
-    });
-    connect(Option3, &QRadioButton::toggled, this, [this](bool on) {
-        if (on)
-            Option3_Click();
-    });
-    connect(Option4, &QRadioButton::toggled, this, [this](bool on) {
-        if (on)
-            Option4_Click();
-    });
+    connect(Option1, &QRadioButton::toggled, this, [this](bool on) { if (on) Option1_Click(); });
+    connect(Option2, &QRadioButton::toggled, this, [this](bool on) { if (on) Option2_Click(); });
+    connect(Option3, &QRadioButton::toggled, this, [this](bool on) { if (on) Option3_Click(); });
+    connect(Option4, &QRadioButton::toggled, this, [this](bool on) { if (on) Option4_Click(); });
     connect(Timer1, &QTimer::timeout, this, [this] { Timer1_Timer(); });
     connect(Timer2, &QTimer::timeout, this, [this] { Timer2_Timer(); });
 }
@@ -226,16 +213,16 @@ void Form1::Form_Load()
         // Every folder is tested, even after one is found missing.
         const std::string base = folders.BaseDir;
         bool allPresent = true;
-        for (const std::string& folder :
-            { base + "/MORVO", base + "/MORVO/KESTA", folders.DataDir, folders.LogDir, folders.UserDir }) {
+        for (const std::string& folder : {base + "/MORVO", base + "/MORVO/KESTA", folders.DataDir, folders.LogDir,
+                                          folders.UserDir}) {
             allPresent = app_.data.Dir_Exists(folder) && allPresent;
         }
         if (!allPresent) {
             const std::string title = AppTitle;
-            app_.host.messageBox({ title,
-                "One or more required " + title + " data directories are missing. A re-installation of " + title
-                    + " is necessary.",
-                MessageIcon::None, MessageButtons::Ok });
+            app_.host.messageBox({title,
+                                  "One or more required " + title + " data directories are missing. A re-installation of " +
+                                      title + " is necessary.",
+                                  MessageIcon::None, MessageButtons::Ok});
             app_.host.endProgram(1);
         }
     });
@@ -281,7 +268,7 @@ void Form1::InitializeVariables()
         Time_Left->hide();
         TimeLeft->hide();
         TimeLeft->setText("");
-        for (QRadioButton* option : { Option1, Option2, Option3, Option4 })
+        for (QRadioButton* option : {Option1, Option2, Option3, Option4})
             option->hide();
         Label3->hide();
 
@@ -302,8 +289,8 @@ void Form1::Initialize()
         Command2->setText("Next Question");
         Finish->hide();
         EndExam->show();
-        for (QWidget* w : std::initializer_list<QWidget*> {
-                 Back_Command1, Command2, Num_Label1, Option1, Option2, Option3, Option4, Label3 })
+        for (QWidget* w : std::initializer_list<QWidget*>{Back_Command1, Command2, Num_Label1, Option1, Option2,
+                                                         Option3, Option4, Label3})
             w->hide();
 
         navigate(std::string("about:") + IdleText + ".");
@@ -362,14 +349,14 @@ void Form1::showPage(std::string text)
 void Form1::clearOptions()
 {
     OptionGroup->setExclusive(false);
-    for (QRadioButton* option : { Option1, Option2, Option3, Option4 })
+    for (QRadioButton* option : {Option1, Option2, Option3, Option4})
         option->setChecked(false);
     OptionGroup->setExclusive(true);
 }
 
 void Form1::checkOption(int number)
 {
-    QRadioButton* options[] = { Option1, Option2, Option3, Option4 };
+    QRadioButton* options[] = {Option1, Option2, Option3, Option4};
     options[number - 1]->setChecked(true);
 }
 
@@ -408,8 +395,8 @@ void Form1::resizeEvent(QResizeEvent* event)
 
 bool Form1::eventFilter(QObject* watched, QEvent* event)
 {
-    if (watched == statusPanels[1] && (event->type() == QEvent::Resize || event->type() == QEvent::Move)
-        && ProgressBar1->parentWidget() == StatusBar1) {
+    if (watched == statusPanels[1] && (event->type() == QEvent::Resize || event->type() == QEvent::Move) &&
+        ProgressBar1->parentWidget() == StatusBar1) {
         ProgressBar1->setGeometry(statusPanels[1]->geometry());
     }
     if (event->type() == QEvent::KeyPress && isActiveWindow()) {
