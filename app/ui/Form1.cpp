@@ -115,7 +115,7 @@ void Form1::buildControls()
     QRadioButton** options[] = {&Option1, &Option2, &Option3, &Option4};
     for (int i = 0; i < 4; ++i) {
         *options[i] = ui::radio(Frame1, QString("Option%1").arg(i + 1), letters[i], QRect(180 + i * 100, 38, 80, 26));
-        OptionGroup->addButton(*options[i], i + 1);
+        OptionGroup->addButton(*options[i]);
     }
     Back_Command1 = ui::button(Frame1, "Back_Command1", "Previous Question", QRect(12, 80, 160, 30),
                                "Click here to go to the previous question");
@@ -411,11 +411,11 @@ bool Form1::eventFilter(QObject* watched, QEvent* event)
         // The key arrives at the focus widget first and then travels up; look at it once.
         QWidget* target = QApplication::focusWidget();
         const bool first = target ? (watched == target && target->window() == this) : watched == this;
-        if (first) {
-            const QString text = static_cast<QKeyEvent*>(event)->text();
-            if (text.size() == 1)
-                Form_KeyPress(text.at(0).unicode());
-        }
+        // Only a letter typed as such answers: with Alt, Ctrl or Meta held it is a command, not an answer.
+        const auto* key = static_cast<QKeyEvent*>(event);
+        const bool command = key->modifiers() & (Qt::AltModifier | Qt::ControlModifier | Qt::MetaModifier);
+        if (first && !command && key->text().size() == 1)
+            Form_KeyPress(key->text().at(0).unicode());
     }
     return QMainWindow::eventFilter(watched, event);
 }

@@ -6,65 +6,70 @@
 #include "support/RecordingHost.h"
 #include "support/TempDir.h"
 
-#include <QAction>
-#include <QApplication>
-#include <QDialog>
-#include <QFrame>
 #include <QTest>
+#include <QtWidgets>
 #include <deque>
-#include <filesystem>
-#include <functional>
-#include <sstream>
+#include <map>
+#include <set>
 
 namespace kesta::test {
 
-// Runs pending deletions and zero-time work, as the event loop would after a user's action.
-inline void settle() { QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete), QApplication::processEvents(); }
-// A left click near the left edge, where an answer button has its round indicator; a key.
-inline void click(QWidget* w) { QTest::mouseClick(w, Qt::LeftButton, {}, QPoint(8, w->height() / 2)), settle(); }
-inline void key(QWidget* w, Qt::Key k) { QTest::keyClick(w, k), settle(); }
-// A script that clicks the button of this objectName, or presses Esc.
-inline std::function<void(QDialog&)> press(const QString& button = "Esc")
-{
-    return [button](QDialog& d) { button == "Esc" ? key(&d, Qt::Key_Escape) : click(d.findChild<QWidget*>(button)); };
-}
-
-// Modal dialogs go to scripted handlers, in order, instead of waiting for a user; one without is answered with Esc.
+// Modal dialogs go to a scripted handler instead of waiting for a user. Ending the program first prints what
+// `describe` returns, when set.
 class FakeHost : public RecordingHost {
 public:
-    std::deque<std::function<void(QDialog&)>> modalScripts;
+    std::function<void(QDialog&)> onModal;
+    std::function<std::string()> describe;
     void execModal(QDialog& dialog) override
     {
         modals.push_back(dialog.objectName().toStdString());
-        dialog.setModal(true), dialog.show();
-        auto script = press();
-        if (!modalScripts.empty()) // taken before it runs: it may open the next dialog
-            script = modalScripts.front(), modalScripts.pop_front();
         QPointer<QDialog> alive(&dialog); // running out of time may unload it meanwhile
-        if (script(dialog), alive)
+        if (dialog.setModal(true), dialog.show(), onModal(dialog), alive)
             alive->hide(); // as a modal loop ends
     }
     // The program may end only in a death test's child: ending the test program itself with 0 would pass for success.
-    [[noreturn]] void endProgram(int status) override { RecordingHost::endProgram(inDeathTestChild() ? status : 70); }
+    [[noreturn]] void endProgram(int status) override
+    {
+        if (describe)
+            std::fputs(describe().c_str(), stderr), modals.clear();
+        RecordingHost::endProgram(inDeathTestChild() ? status : 70);
+    }
 };
 
-// One whole program in a scratch folder: an all-users data tree with the
-// default options, and a program folder whose Questions hold a five-question
-// quiz (every answer A) and a three-question exam (answers A, B, C). Nothing
-// touches the real data folder.
+// One whole program in a scratch folder: an all-users data tree with the default options, and a program folder
+// whose Questions hold a five-question quiz (every answer A) and a three-question exam (answers A, B, C). Nothing
+// touches the real data folder. A journey drives it by steps, each a few commands separated by "; ":
+//   start, restart, menu ITEM, click [WINDOW/]NAME, key KEYS [[WINDOW/]NAME], close WINDOW,
+//   write FILE BYTES, cat FILE, look, full (on, then off).
+// A command that starts with "> " is the script of the next modal dialog to be shown, " & " between its commands.
 class TestApp {
 public:
     TestApp()
     {
-        for (const std::string& folder : {dir / "program/Questions", user(""), user("../Log")})
+        for (const std::string& folder : { dir / "program/Questions", user(""), user("../Log") })
             std::filesystem::create_directories(folder);
-        writeFile(dir / "program/Questions/quiz.kqb", numberedBank("KESTA Quiz Demo - Five", 5, "a"));
-        writeFile(dir / "program/Questions/exam.kqb", numberedBank("KESTA Exam Demo - Three", 3, "abc"));
+        writeFile(dir / "program/Questions/quiz.kqb", numberedBank("KESTA Quiz Demo", 5, "a"));
+        writeFile(dir / "program/Questions/exam.kqb", numberedBank("KESTA Exam Demo", 3, "abc"));
         writeFile(user("option.usr"), "1\r\n0\r\n0\r\n1\r\n30\r\n5");
         host.appData = dir / "appdata";
+        host.onModal = [this](QDialog& dialog) { // without a script of its own, looked at and closed with Esc
+            const QString script = QString::fromStdString(scripts.empty() ? "" : scripts.front());
+            if (!scripts.empty())
+                scripts.pop_front(); // taken before it runs: it may open the next dialog
+            for (const QString& command :
+                (script.isEmpty() ? "look & key Esc " + dialog.objectName() : script).split(" & "))
+                perform(command);
+        };
         restart();
     }
     ~TestApp() { restart(false); }
+    // Runs pending deletions and zero-time work, as the event loop would after a user's action.
+    static void settle()
+    {
+        QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete), QApplication::processEvents();
+    }
+    // Text with its line ends written out, so that whatever is shown stays on one line.
+    static std::string esc(QString s) { return s.replace("\r", "\\r").replace("\n", "\\n").toStdString(); }
     // As the splash hands over: loads and shows the main window.
     Form1& start() { return app->showMainWindow(), settle(), *app->windows.form1; }
     // The program ends, its windows closed, and (unless not `again`) starts again over the same folders.
@@ -77,46 +82,171 @@ public:
         app = again ? std::make_unique<App>(host, dir / "program") : nullptr;
     }
     std::string user(const std::string& name) const { return dir / ("appdata/MORVO/KESTA/All/User/" + name); }
-    // What the user sees now: the shown windows; what the main window's frames show (its question header, time
-    // left, answers and buttons); the message boxes since the last look, "title: text" each.
+
+    // One line of a look: a control's name (Window/name outside the main window), its caption ("*" when checked),
+    // " off" when disabled; in `full`, also its place in its parent, its font where it differs from its parent's,
+    // word wrap, the default button, and its tool tip.
+    std::string describe(const QString& key, QWidget* w) const
+    {
+        QString caption = w->isWindow() ? w->windowTitle() : "", more;
+        auto* l = qobject_cast<QLabel*>(w);
+        auto* p = qobject_cast<QProgressBar*>(w);
+        if (auto* b = qobject_cast<QAbstractButton*>(w))
+            caption = b->text() + (b->isChecked() ? "*" : ""), more = b->property("default").toBool() ? " default" : "";
+        else if (auto* v = qobject_cast<QTextBrowser*>(w))
+            caption = v->toPlainText().simplified();
+        else if (l || qobject_cast<QGroupBox*>(w))
+            caption = l ? l->text() : w->property("title").toString(), more = l && l->wordWrap() ? " wrap" : "";
+        else if (p)
+            caption = QString("%1 of %2-%3 ").arg(p->value()).arg(p->minimum()).arg(p->maximum())
+                + (p->isTextVisible() ? p->text() : "");
+        const QFont f = w->font(), parent = w->isWindow() ? QApplication::font() : w->parentWidget()->font();
+        const QRect g = w->geometry();
+        more
+            += f == parent ? "" : QString(" %1 %2pt%3").arg(f.family()).arg(f.pointSize()).arg(f.bold() ? " bold" : "");
+        more = QString(" %1,%2 %3x%4").arg(g.x()).arg(g.y()).arg(g.width()).arg(g.height()) + more;
+        return (key + "[" + QString::fromStdString(esc(caption)) + "]" + (w->isEnabled() ? "" : " off") + "\t"
+            + (full ? more + (w->toolTip().isEmpty() ? "" : " ~" + w->toolTip()) : ""))
+            .toStdString();
+    }
+
+    // What the user sees, keyed by name: each shown window ("Window/") and each visible named control in it, its shown
+    // menu items (a score item's date reads <file date> when it is its file's date), and its timers that run.
+    std::map<std::string, std::string> screen() const
+    {
+        std::map<std::string, std::string> lines;
+        for (QWidget* window : QApplication::topLevelWidgets()) {
+            const QString name = window->objectName(), prefix = name == "Form1" ? "" : name + "/";
+            auto add = [&](const QString& key, const std::string& line) {
+                if (!line.empty())
+                    lines[key.toStdString()] = line;
+            };
+            if (!window->isVisible() || name.isEmpty())
+                continue;
+            add(name + "/", describe(name, window));
+            for (QWidget* w : window->findChildren<QWidget*>())
+                if (w->isVisible() && w->window() == window && !w->objectName().isEmpty()
+                    && !w->objectName().startsWith("qt_"))
+                    add(prefix + w->objectName(), describe(prefix + w->objectName(), w));
+            for (QAction* item : window->findChildren<QAction*>()) {
+                QString text = prefix + item->objectName() + "[" + ui::plainCaption(item->text()) + "]"
+                    + (item->isEnabled() ? "" : " off");
+                if (const QFileInfo file(item->data().toString()); file.exists())
+                    text.replace(QLocale::system().toString(file.lastModified(), QLocale::ShortFormat), "<file date>");
+                if (item->isVisible() && !item->menu() && !item->objectName().isEmpty())
+                    add(prefix + item->objectName(), text.toStdString() + "\t");
+            }
+            for (QTimer* timer : window->findChildren<QTimer*>())
+                add(prefix + timer->objectName(),
+                    timer->isActive() ? (prefix + timer->objectName() + " on\t").toStdString() : "");
+        }
+        return lines;
+    }
+
+    // What changed since the last look: "-name" for what went away (a window's controls go with it), the line of
+    // what is new or different ("+name" for what shows again as it was; a window out of sight is compared, when it
+    // shows again, with how it was), with its place and tool tip when new or changed; then each message box shown
+    // meanwhile, "title: text" (the title alone when it said the same before), and "beep".
     std::string look()
     {
-        const Form1& f = *app->windows.form1;
-        QStringList shown, controls;
-        for (QWidget* w : QApplication::topLevelWidgets() + f.centralWidget()->findChildren<QWidget*>())
-            if (w->isVisible() && (w->isWindow() || w->parent() == f.Frame1 || w->parent() == f.Frame2))
-                (w->isWindow() ? shown : controls) << w->objectName();
-        std::string said;
+        std::map<std::string, std::string> now = screen();
+        std::string changes;
+        auto window = [](const std::string& key) {
+            return key.find('/') == std::string::npos ? "Form1/" : key.substr(0, key.find('/') + 1);
+        };
+        for (const auto& [key, line] : last)
+            if (!now.count(key) && (key == window(key) || now.count(window(key))))
+                changes += "-" + key.substr(0, key.size() - (key == window(key))) + "\n";
+        auto split = [](const std::string& line) {
+            return std::pair(line.substr(0, line.find('\t')), line.substr(line.find('\t') + 1));
+        };
+        for (const auto& [key, line] : now) {
+            const auto [caption, details] = split(line);
+            const auto [was, wasDetails] = split(last.count(key) ? last[key] : "\t");
+            if (!last.count(key) && seenBefore[key] == line)
+                changes += "+" + key.substr(0, key.size() - (key == window(key))) + "\n";
+            else if (!last.count(key) || (!details.empty() && !wasDetails.empty() && wasDetails != details))
+                changes += caption + details + "\n";
+            else if (was != caption)
+                changes += caption + "\n";
+        }
+        for (const auto& [key, line] : last)
+            if (!now.count(window(key)) && key != window(key))
+                now.insert({ key, line });
         for (const MessageBoxRequest& m : std::exchange(host.messages, {}))
-            said += m.title + ": " + m.text + "\n";
-        shown.sort();
-        return (shown.join(' ') + "|" + controls.join(' ') + "|").toStdString() + said;
+            changes
+                += m.title + ":" + (said.insert(m.text).second ? " " + esc(QString::fromStdString(m.text)) : "") + "\n";
+        for (const auto& [key, line] : now)
+            seenBefore[key] = line;
+        last = std::move(now);
+        return changes + (std::exchange(host.beeps, 0) ? "beep\n" : "");
+    }
+
+    // Runs one step; returns what its "look" and "cat" commands showed, then the look after it.
+    std::string run(const std::string& step)
+    {
+        for (const QString& command : QString::fromStdString(step).split("; "))
+            command.startsWith("> ") ? scripts.push_back(command.mid(2).toStdString()) : perform(command);
+        return std::exchange(seen, "") + look();
     }
 
     TempDir dir;
     FakeHost host;
     std::unique_ptr<App> app;
+    std::string seen; // what the step has shown so far
+
+private:
+    // A shown window by its name, a control of one as Window/name, or a control of the main window by its name.
+    QWidget* find(const QString& name) const
+    {
+        QString window = name.section('/', 0, 0), control = name.section('/', 1);
+        for (QWidget* top : QApplication::topLevelWidgets())
+            if (!top->isHidden() && top->objectName() == window && control.isEmpty())
+                return top;
+        if (control.isEmpty())
+            window = "Form1", control = name;
+        for (QWidget* top : QApplication::topLevelWidgets())
+            for (QWidget* w : top->objectName() == window ? top->findChildren<QWidget*>(control) : QWidgetList())
+                if (w->window() == top)
+                    return w;
+        return nullptr;
+    }
+
+    void perform(const QString& command)
+    {
+        const QStringList a = command.split(' ');
+        const QString name = a.value(1), rest = command.section(' ', 2);
+        QWidget* w = find(name);
+        Form1* f = app->windows.form1;
+        auto file = [&] { return user(name.toStdString()); };
+        auto key = [&](QWidget* to, const QKeyCombination& k) { // into the window in front, at its focus
+            to->activateWindow(), (void)QTest::qWaitForWindowActive(to);
+            QTest::keyClick(
+                a.size() > 2 || !to->focusWidget() ? to : to->focusWidget(), k.key(), k.keyboardModifiers());
+        };
+        const std::map<QString, std::function<void()>> commands {
+            { "start", [&] { start(); } },
+            { "restart", [&] { restart(); } },
+            { "menu", [&] { f->findChild<QAction*>(name)->trigger(); } },
+            { "click",
+                [&] { w->activateWindow(), QTest::mouseClick(w, Qt::LeftButton, {}, QPoint(8, w->height() / 2)); } },
+            { "key", [&] { key(a.size() > 2 ? find(a[2]) : f, QKeySequence(name)[0]); } },
+            { "close", [&] { w->close(); } },
+            { "write", [&] { writeFile(file(), rest.toStdString()); } },
+            { "cat",
+                [&] { seen += name.toStdString() + ": " + esc(QString::fromStdString(readFile(file()))) + "\n"; } },
+            { "look", [&] { seen += look(); } },
+            { "full", [&] { full = !full; } },
+        };
+        if (!commands.count(a[0]) || (!w && QString("click close").contains(a[0])))
+            return ADD_FAILURE() << "cannot " << command.toStdString();
+        commands.at(a[0])(), settle();
+    }
+
+    bool full = false; // looks show places, fonts and tool tips
+    std::map<std::string, std::string> last, seenBefore;
+    std::set<std::string> said;
+    std::deque<std::string> scripts;
 };
-
-// The parts joined with "|" (a bool shows as 1 or 0).
-template <typename... Parts> std::string row(const Parts&... parts)
-{
-    std::ostringstream out;
-    const char* bar = "";
-    ((out << std::exchange(bar, "|") << parts), ...);
-    return out.str();
-}
-
-// A label's or button's caption.
-inline std::string text(const QObject* w) { return w->property("text").toString().toStdString(); }
-// The shown menu items' captions, "(off)" when disabled.
-inline std::string items(const std::vector<QAction*>& menuItems)
-{
-    std::string all;
-    for (QAction* item : menuItems)
-        if (item->isVisible())
-            all += "[" + ui::plainCaption(item->text()).toStdString() + (item->isEnabled() ? "]" : "(off)]");
-    return all;
-}
 
 } // namespace kesta::test
