@@ -33,8 +33,8 @@ TEST(StartupTest, AnIncompleteInstallationEndsTheProgram)
     const std::string reinstall = "MESSAGEBOX\\[KESTA DEMO\\|0\\] One or more required KESTA DEMO data directories are "
                                   "missing\\. A re-installation of KESTA DEMO is necessary\\.\nENDED 1\n$";
     const std::string tree = "appdata/MORVO/KESTA/All", questions = "program/Questions";
-    for (const std::string& missing : std::initializer_list<std::string> {"appdata/MORVO", "appdata/MORVO/KESTA", tree,
-             tree + "/Log", tree + "/User", "" /* the known-folder lookup fails */, questions}) {
+    for (const std::string& missing : std::initializer_list<std::string> { "appdata/MORVO", "appdata/MORVO/KESTA", tree,
+             tree + "/Log", tree + "/User", "" /* the known-folder lookup fails */, questions }) {
         SCOPED_TRACE(missing);
         TestApp t;
         missing.empty() ? t.host.appData.reset() : (void)fs::remove_all(t.dir / missing);
@@ -46,8 +46,10 @@ TEST(StartupTest, AnIncompleteInstallationEndsTheProgram)
         std::string written;
         for (const std::string& file : files(t.dir.path()))
             written += before.count(file) ? "" : file + " ";
-        EXPECT_EQ(written, missing == questions ? tree + "/Log/ErrorLog.log "
-                : missing == tree + "/User" ? tree + "/Log/qtmp.htm " : "");
+        EXPECT_EQ(written,
+            missing == questions            ? tree + "/Log/ErrorLog.log "
+                : missing == tree + "/User" ? tree + "/Log/qtmp.htm "
+                                            : "");
     }
 }
 
@@ -155,6 +157,42 @@ const Journey journeys[] = {
                 "the 'Previous' button to go back and re-check your test]\nLoad Existing Exam: Your previous Exam has "
                 "been loaded.\\r\\nPress OK to continue.\nKESTA DEMO: Press the 'Finish' button to end and score your "
                 "Exam.\n" },
+        } },
+    { "AboutThenEndAndExitConfirmedAndCancelled",
+        {
+            { "full; > look & click frmAbout/cmdSysInfo & click frmAbout/cmdOK; menu AboutItem",
+                "frmAbout[About KESTA DEMO] 212,204 440x236\nfrmAbout/Line1[] 16,150 408x4\n"
+                "frmAbout/cmdOK[OK] 164,178 120x30 default\nfrmAbout/cmdSysInfo[&System Info...] 296,178 120x30\n"
+                "frmAbout/lblDescription[KESTA DEMO\\nPractice exams and domain quizzes for the KESTA certification.]"
+                " 24,82 392x60 wrap\nfrmAbout/lblTitle[KESTA DEMO] 24,18 392x30 Sans Serif 14pt bold\n"
+                "frmAbout/lblVersion[Version 12.11.23] 24,52 392x22\n-frmAbout\n"
+                "KESTA DEMO: System Information Is Unavailable At This Time\n" },
+            { "> look & click Dialog1/CancelButton; close Form1",
+                "Dialog1[Exit KESTA DEMO] 222,247 420x150 Arial 9pt\nDialog1/CancelButton[Cancel] 220,100 120x30\n"
+                "Dialog1/Label1[Are you sure you wish to exit KESTA DEMO?] 16,16 388x64 wrap\n"
+                "Dialog1/OKButton[OK] 80,100 120x30 default ~Click here to exit KESTA Halvergrove\n-Dialog1\n" },
+            { "menu Chapter1(0); click Start_Test; click EndExam",
+                "-ProgressBar1\nCommand2[Next Question] 184,80 160x30 ~Click here to go to the next question\n"
+                "Dialog[End Exam] 222,247 420x150 Arial 9pt\nDialog/CancelButton[No] 220,100 120x30\n"
+                "Dialog/Label1[Are you sure you wish to terminate the current exam?] 16,16 388x64 wrap\n"
+                "Dialog/OKButton[Yes] 80,100 120x30 default\n"
+                "EndExam[End Exam] 528,80 180x30 ~Click here to end the current exam\n"
+                "Label3[Choose the best answer and select the corresponding letter below.] 12,8 696x22 ~Choose an"
+                " answer from the letters below:\nNum_Label1[Chapter: KESTA Exam Demo | Question 1 of 3] 8,12 500x22\n"
+                "Option1[A] 180,38 80x26\nOption2[B] 280,38 80x26\nOption3[C] 380,38 80x26\nOption4[D] 480,38 80x26\n"
+                "Save_Progress[Save Domain Quiz or Exam Progress]\nTimeLeft[] 624,12 90x22 ~Time Left\n"
+                "Time_Left[Time Left:] 540,12 80x22 ~Time Left\nTimer1 on\n"
+                "ViewAnswer[View Answer] 356,80 160x30 ~Click here to begin the test\nWebBrowser1[Q1]\n"
+                "mnuPrintQuestions[Print Questions]\nKESTA DEMO: The exam will now begin. Press OK to continue.\n" },
+            { "key Esc Dialog; click EndExam; look; click EndExam", "" },
+            { "> look & key Esc Form3; click Dialog/OKButton",
+                "Form3[Save Progress] 222,247 420x150 Arial 9pt\nForm3/CancelButton[No] 220,100 120x30\n"
+                "Form3/Label1[Would you like to save your progress before continuing?] 16,16 388x64 wrap\n"
+                "Form3/OKButton[Yes] 80,100 120x30 default\n-Command2\n-Dialog\n-EndExam\n-Form3\n-Label3\n"
+                "-Num_Label1\n-Option1\n-Option2\n-Option3\n-Option4\n-TimeLeft\n-Time_Left\n-Timer1\n-ViewAnswer\n"
+                "Save_Progress[Save Domain Quiz or Exam Progress] off\n"
+                "WebBrowser1[Select a new Domain Quiz or Exam from the file menu to begin]\n"
+                "mnuPrintQuestions[Print Questions] off\n" },
         } },
     { "FiveAndSixScoresAreListedAndReopened",
         {
