@@ -14,9 +14,11 @@
 #include "questions/core/QuestionLoader.h"
 
 #include <benchmark/benchmark.h>
+
 #include <chrono>
 #include <functional>
 #include <memory>
+
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -38,11 +40,11 @@ using namespace kesta;
 struct QuietHost final : Host {
     std::optional<std::string> appData;
     MessageAnswer messageBox(const MessageBoxRequest&) override { return MessageAnswer::Ok; }
-    void execModal(QDialog&) override { }
+    void execModal(QDialog&) override {}
     [[noreturn]] void endProgram(int status) override { std::_Exit(status); }
     std::chrono::system_clock::time_point now() override { return {}; }
     std::uint64_t randomSeed() override { return 1; }
-    void beep() override { }
+    void beep() override {}
     Printer* printer() override { return nullptr; }
     std::optional<std::string> knownFolder(std::int32_t) override { return appData; }
     bool startSystemInformation() override { return false; }
@@ -51,7 +53,7 @@ struct QuietHost final : Host {
 struct Measured {
     double seconds;
     double megabytes; // peak resident
-    bool killed; // ended by a signal: out of time or of memory
+    bool killed;      // ended by a signal: out of time or of memory
 };
 
 // Runs `child` in a process of its own, which may take at most 30 s and 2 GB:
@@ -65,7 +67,7 @@ Measured measure(const std::function<double()>& child)
     const auto start = std::chrono::steady_clock::now();
     const pid_t pid = ::fork();
     if (pid == 0) {
-        const rlimit memory { rlim_t { 2 } << 30, rlim_t { 2 } << 30 };
+        const rlimit memory{rlim_t{2} << 30, rlim_t{2} << 30};
         ::setrlimit(RLIMIT_AS, &memory);
         ::alarm(30);
         const double part = child();
@@ -74,13 +76,13 @@ Measured measure(const std::function<double()>& child)
     }
     ::close(seconds[1]);
     int status = 0;
-    struct rusage usage { };
+    struct rusage usage {};
     ::wait4(pid, &status, 0, &usage);
     double part = -1;
     const bool reported = ::read(seconds[0], &part, sizeof part) == sizeof part && part >= 0;
     ::close(seconds[0]);
     const double whole = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    return { reported ? part : whole, usage.ru_maxrss / 1024.0, WIFSIGNALED(status) };
+    return {reported ? part : whole, usage.ru_maxrss / 1024.0, WIFSIGNALED(status)};
 }
 
 void reportTimed(benchmark::State& state, const std::function<double()>& child)
@@ -131,7 +133,7 @@ void BM_OptionsFileOfOneGigabyte(benchmark::State& state)
     DataFolders folders;
     folders.derive(base);
     report(state, [&] {
-        sized("appdata/MORVO/KESTA/All/User/option.usr", std::uintmax_t { 1 } << 30, 0);
+        sized("appdata/MORVO/KESTA/All/User/option.usr", std::uintmax_t{1} << 30, 0);
         QuietHost host;
         UserOptions options;
         ReadOptions(host, folders, options);
@@ -156,7 +158,7 @@ BENCHMARK(BM_QuestionFileOfLineEnds)->Arg(50)->Arg(30)->UseManualTime()->Iterati
 
 void BM_QbankCheckOf200Megabytes(benchmark::State& state)
 {
-    const std::string path = sized("huge.kqb", std::uintmax_t { 200 } << 20, 'A');
+    const std::string path = sized("huge.kqb", std::uintmax_t{200} << 20, 'A');
     report(state, [&] { qbank("check", path); });
 }
 BENCHMARK(BM_QbankCheckOf200Megabytes)->UseManualTime()->Iterations(3)->Unit(benchmark::kMillisecond);
@@ -199,14 +201,14 @@ BENCHMARK(BM_ScoreRotation)->UseManualTime()->Iterations(20)->Unit(benchmark::kM
 std::function<double()> firstQuestionOf(const std::string& name, const std::string& bank)
 {
     const std::string root = bench::scratch().path(name);
-    for (const char* folder : { "/program/Questions", "/appdata/MORVO/KESTA/All/Log", "/appdata/MORVO/KESTA/All/User" })
+    for (const char* folder : {"/program/Questions", "/appdata/MORVO/KESTA/All/Log", "/appdata/MORVO/KESTA/All/User"})
         std::filesystem::create_directories(root + folder);
     bench::scratch().write(name + "/program/Questions/quiz.kqb", bank);
     return [root] {
         ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
         int argc = 1;
         char program[] = "files_bench";
-        char* argv[] = { program, nullptr };
+        char* argv[] = {program, nullptr};
         QApplication application(argc, argv);
         QuietHost host;
         host.appData = root + "/appdata";
@@ -229,17 +231,13 @@ void BM_FirstQuestionAfterAnImageOf(benchmark::State& state)
     std::string source = "/dev/zero";
     if (state.range(0) == 1)
         ::mkfifo((source = bench::scratch().path("image.fifo")).c_str(), 0666);
-    const std::string bank = bench::line("KESTA Quiz Demo - Image")
-        + bench::line("<img src=\"" + source + "\" width=10 height=10>") + bench::line("i2") + bench::line("i3")
-        + bench::line("Question<br>a) 1", true) + bench::line("E", true) + bench::line("a", true);
+    const std::string bank = bench::line("KESTA Quiz Demo - Image") +
+                             bench::line("<img src=\"" + source + "\" width=10 height=10>") + bench::line("i2") +
+                             bench::line("i3") + bench::line("Question<br>a) 1", true) + bench::line("E", true) +
+                             bench::line("a", true);
     reportTimed(state, firstQuestionOf("image" + std::to_string(state.range(0)), bank));
 }
-BENCHMARK(BM_FirstQuestionAfterAnImageOf)
-    ->Arg(0)
-    ->Arg(1)
-    ->UseManualTime()
-    ->Iterations(1)
-    ->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_FirstQuestionAfterAnImageOf)->Arg(0)->Arg(1)->UseManualTime()->Iterations(1)->Unit(benchmark::kMillisecond);
 
 // A quiz whose one question is a paragraph of state.range(0) KiB: words
 // (range(1) 0) or a single word (1).
@@ -248,16 +246,16 @@ void BM_FirstQuestionOfKilobytes(benchmark::State& state)
     std::string text;
     while (text.size() < static_cast<std::size_t>(state.range(0)) << 10)
         text += state.range(1) == 0 ? "lorem ipsum " : "xxxxxxxxxxxx";
-    const std::string bank = bench::line("KESTA Quiz Demo - Huge") + bench::line("i1") + bench::line("i2")
-        + bench::line("i3") + bench::line(text, true) + bench::line("<br>a) 1") + bench::line("E", true)
-        + bench::line("a", true);
+    const std::string bank = bench::line("KESTA Quiz Demo - Huge") + bench::line("i1") + bench::line("i2") +
+                             bench::line("i3") + bench::line(text, true) + bench::line("<br>a) 1") +
+                             bench::line("E", true) + bench::line("a", true);
     reportTimed(state, firstQuestionOf("huge" + std::to_string(state.range(0)) + std::to_string(state.range(1)), bank));
     state.counters["bank_MB"] = static_cast<double>(bank.size()) / (1 << 20);
 }
 BENCHMARK(BM_FirstQuestionOfKilobytes)
-    ->Args({ 1024, 0 })
-    ->Args({ 1024, 1 })
-    ->Args({ 8000, 0 })
+    ->Args({1024, 0})
+    ->Args({1024, 1})
+    ->Args({8000, 0})
     ->UseManualTime()
     ->Iterations(1)
     ->Unit(benchmark::kMillisecond);

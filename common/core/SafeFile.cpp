@@ -117,35 +117,17 @@ std::string readOpened(Opened& file, std::size_t limit)
 // further than the size it had when opened.
 std::vector<std::string> linesOf(Opened& file, std::size_t count, std::size_t lineLimit)
 {
-    std::vector<std::string> lines;
-    std::string line;
-    bool open = false;    // a line has begun that no line end has closed yet
-    bool afterCr = false; // an LF right after a CR belongs to it
+    LineGatherer lines(count, lineLimit);
     char block[4096];
-    for (std::size_t left = file.size; lines.size() < count && left > 0;) {
+    for (std::size_t left = file.size; !lines.full() && left > 0;) {
         const std::size_t n = readSome(file.fd.get(), block, std::min(sizeof block, left));
         if (n == 0)
             break;
         left -= n;
-        for (std::size_t i = 0; i < n && lines.size() < count; ++i) {
-            const char c = block[i];
-            if (std::exchange(afterCr, false) && c == '\n')
-                continue;
-            if (c == '\r' || c == '\n') {
-                lines.push_back(std::exchange(line, {}));
-                open = false;
-                afterCr = c == '\r';
-                continue;
-            }
-            line.push_back(c);
-            open = true;
-            if (line.size() > lineLimit)
-                throw Refused();
-        }
+        for (std::size_t i = 0; i < n && !lines.full(); ++i)
+            lines.take(block[i]);
     }
-    if (open && lines.size() < count)
-        lines.push_back(std::move(line));
-    return lines;
+    return lines.finish();
 }
 
 void writeAll(int fd, std::string_view bytes)

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace kesta::safefile {
@@ -65,6 +66,44 @@ private:
 // when the file ends first; Refused for a line longer than `lineLimit`.
 std::vector<std::string> readLines(
     const std::string& path, std::size_t count, std::size_t lineLimit, Links links = Links::Refuse);
+
+// Gathers the lines `readLines` gives from characters as they are read: CR
+// LF, a lone CR and a lone LF each end a line, and a last line without an end
+// counts. Both file layers cut lines so.
+class LineGatherer {
+public:
+    LineGatherer(std::size_t count, std::size_t lineLimit) : count_(count), lineLimit_(lineLimit) {}
+    bool full() const { return lines_.size() >= count_; }
+    // Takes the next character; Refused when it makes a line longer than the limit.
+    void take(char c)
+    {
+        if (std::exchange(afterCr_, false) && c == '\n')
+            return;
+        if (c == '\r' || c == '\n') {
+            lines_.push_back(std::exchange(line_, {}));
+            open_ = false;
+            afterCr_ = c == '\r';
+            return;
+        }
+        line_.push_back(c);
+        open_ = true;
+        if (line_.size() > lineLimit_)
+            throw Refused();
+    }
+    std::vector<std::string> finish()
+    {
+        if (open_ && !full())
+            lines_.push_back(std::move(line_));
+        return std::move(lines_);
+    }
+
+private:
+    std::size_t count_, lineLimit_;
+    std::vector<std::string> lines_;
+    std::string line_;
+    bool open_ = false;    // a line has begun that no line end has closed yet
+    bool afterCr_ = false; // an LF right after a CR belongs to it
+};
 
 // The file's first line as `readLines` cuts it; raises 62 for an empty file,
 // and Refused when the file is larger than `fileLimit` or the line longer than `lineLimit`.

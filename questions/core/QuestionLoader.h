@@ -14,7 +14,7 @@
 namespace kesta {
 
 inline constexpr int MaxQuestionLines = 10000; // lines kept of a file; more set the corrupt warning
-inline constexpr int MaxQuestions = 1000; // questions kept; more set the corrupt warning
+inline constexpr int MaxQuestions = 1000;      // questions kept; more set the corrupt warning
 // The longest text kept of a question, an explanation, an answer or the
 // introduction, in UTF-8 bytes: some 2,500 words. A longer one keeps its
 // first MaxFieldBytes and sets the corrupt warning. The view lays out a page
@@ -31,10 +31,10 @@ inline constexpr std::size_t MaxLineBytes = 4 * MaxFieldBytes + 64;
 class LoadObserver {
 public:
     virtual ~LoadObserver() = default;
-    virtual void progressShown(bool) { } // the progress bar appears or goes away
-    virtual void progress(int) { } // the bar's new value
-    virtual void status(const std::string&) { } // the status text
-    virtual void introduction(const std::string&) { } // the introduction page (TABs already widened)
+    virtual void progressShown(bool) {}                  // the progress bar appears or goes away
+    virtual void progress(int) {}                        // the bar's new value
+    virtual void status(const std::string&) {}           // the status text
+    virtual void introduction(const std::string&) {}     // the introduction page (TABs already widened)
 };
 
 // Deciphers one line, already stripped of its marker, appending its text to
@@ -48,10 +48,10 @@ LineDecipher decipherWith(std::string_view passPhrase);
 // How a load went: the conditions behind the corrupt warning, and the title
 // as the menus read it.
 struct LoadResult {
-    bool tooManyLines = false; // 10000 or more lines; all past line 9999 but the last were lost
+    bool tooManyLines = false;     // 10000 or more lines; all past line 9999 but the last were lost
     bool tooManyQuestions = false; // a question block beyond the 1000th
-    bool tooLong = false; // a line past MaxLineBytes or a text past MaxFieldBytes; the rest was lost
-    std::vector<int> badAnswers; // questions whose answer is not exactly one character
+    bool tooLong = false;          // a line past MaxLineBytes or a text past MaxFieldBytes; the rest was lost
+    std::vector<int> badAnswers;   // questions whose answer is not exactly one character
     std::optional<std::string> title; // the first line's text; none when it is empty or marked
 
     bool corrupt() const { return tooManyLines || tooManyQuestions || tooLong || !badAnswers.empty(); }
@@ -83,10 +83,7 @@ private:
 // The lines of a content in memory, as views into it.
 class LineSplitter {
 public:
-    explicit LineSplitter(std::string_view content)
-        : content_(content)
-    {
-    }
+    explicit LineSplitter(std::string_view content) : content_(content) {}
     bool next(std::string_view& line) { return cutter_.cut(content_.data(), content_.size(), true, line); }
 
 private:
@@ -101,10 +98,10 @@ private:
 // regular file, 9 larger than `limit`, 53 missing).
 class FileLines {
 public:
-    static constexpr std::size_t Block = std::size_t { 1 } << 18;
+    static constexpr std::size_t Block = std::size_t{1} << 18;
     static constexpr std::size_t Longest = MaxLineBytes + 1; // a marker and the longest line read
     FileLines(const std::string& path, std::size_t limit, std::size_t block = Block,
-        safefile::Links links = safefile::Links::Refuse);
+              safefile::Links links = safefile::Links::Refuse);
 
     bool empty() const { return reader_.size() == 0; }
     bool next(std::string_view& line); // false when no line is left
@@ -131,15 +128,16 @@ private:
 // MaxBankBytes 9, a missing one 53;
 // an undecipherable line raises whatever `decipher` raises.
 LoadResult LoadQuestionFile(const std::string& filename, QuestionList& list, LoadObserver& observer,
-    const LineDecipher& decipher, std::size_t block = FileLines::Block);
+                            const LineDecipher& decipher, std::size_t block = FileLines::Block);
 
 // The same for lines already opened (the caller can then tell where a load failed).
-LoadResult LoadQuestionLines(
-    FileLines& lines, QuestionList& list, LoadObserver& observer, const LineDecipher& decipher);
+LoadResult LoadQuestionLines(FileLines& lines, QuestionList& list, LoadObserver& observer,
+                             const LineDecipher& decipher);
 
 // The same for a file's content already in memory.
-LoadResult LoadQuestionText(
-    std::string_view content, QuestionList& list, LoadObserver& observer, const LineDecipher& decipher);
+LoadResult LoadQuestionText(std::string_view content, QuestionList& list, LoadObserver& observer,
+                            const LineDecipher& decipher);
+
 
 // Length of UTF-8 text in UTF-16 code units: what "one character" means
 // for an answer.
@@ -148,10 +146,10 @@ std::size_t Utf16Length(std::string_view text);
 // The largest question file read. A bank of 1000 ordinary questions is about
 // 3 MB; the largest one the loader can use (10000 lines) fits with lines of
 // 3 KB, several pages of text each.
-inline constexpr std::size_t MaxBankBytes = std::size_t { 32 } << 20;
+inline constexpr std::size_t MaxBankBytes = std::size_t{32} << 20;
 inline constexpr const char* LoadingText = "Please wait while the questions are loaded...";
 inline constexpr const char* ReadyText = "Ready";
-inline constexpr const char* CorruptText
-    = "The question file appears to be corrupt. As a result, some questions may not have answers.";
+inline constexpr const char* CorruptText =
+    "The question file appears to be corrupt. As a result, some questions may not have answers.";
 
 } // namespace kesta

@@ -91,26 +91,10 @@ std::size_t Reader::read(char* into, std::size_t count)
 std::vector<std::string> readLines(const std::string& path, std::size_t count, std::size_t lineLimit, Links links)
 {
     Reader file(path, static_cast<std::size_t>(-1), links);
-    std::vector<std::string> lines;
-    std::string line;
-    bool open = false, afterCr = false;
-    for (char c; lines.size() < count && file.read(&c, 1) == 1;) {
-        if (std::exchange(afterCr, false) && c == '\n')
-            continue;
-        if (c == '\r' || c == '\n') {
-            lines.push_back(std::exchange(line, {}));
-            open = false;
-            afterCr = c == '\r';
-            continue;
-        }
-        line.push_back(c);
-        open = true;
-        if (line.size() > lineLimit)
-            throw Refused();
-    }
-    if (open && lines.size() < count)
-        lines.push_back(line);
-    return lines;
+    LineGatherer lines(count, lineLimit);
+    for (char c; !lines.full() && file.read(&c, 1) == 1;)
+        lines.take(c);
+    return lines.finish();
 }
 
 std::string readFirstLine(const std::string& path, std::size_t lineLimit, std::size_t fileLimit, Links links)
