@@ -109,10 +109,15 @@ const Journey journeys[] = {
                 "default\n-Form3\nr01(0)[KESTA Quiz Demo]\nSave Progress: Your current progress has been saved. "
                 "\\r\\n\\r\\nIf you would like to open it at any time, go to the file menu, select 'Load Previous Exam "
                 "or Domain Quiz', then choose the appropriate chapter.\nENDED 0\n" },
-            { "full; > look & click Dialog3/OK; click ViewAnswer; click Back_Command1; look; click Command2",
-                "Dialog3[View Answer]\nDialog3/OK[OK]\nDialog3/WebBrowser1[Chapter: KESTA Quiz Demo, Question 2 of 5 "
-                "Answer: A Explanation: E5]\n-Back_Command1\n-Dialog3\nNum_Label1[Chapter: KESTA Quiz Demo | Question "
-                "1 of 5]\nOption1[A*]\nOption4[D]\nWebBrowser1[Q1]\n+Back_Command1\nNum_Label1[Chapter: KESTA Quiz "
+            { "full; > full & look & full & click Dialog3/OK; click ViewAnswer; click Back_Command1; look; click "
+              "Command2",
+                "Dialog3[View Answer] 152,112 560x420 Arial 9pt\nDialog3/OK[OK] 230,376 100x30 default ~Click OK to go "
+                "back "
+                "to the main exam window.\nDialog3/WebBrowser1[Chapter: KESTA Quiz Demo, Question 2 of 5 Answer: A "
+                "Explanation: E5] 12,12 536x350\n-Back_Command1\n-Dialog3\nNum_Label1[Chapter: KESTA Quiz Demo | "
+                "Question "
+                "1 of 5]\nOption1[A*]\nOption4[D]\nWebBrowser1[Q1]\nBack_Command1[Previous "
+                "Question]\nNum_Label1[Chapter: KESTA Quiz "
                 "Demo | Question 2 of 5]\nOption1[A]\nOption4[D*]\nWebBrowser1[Q5]\n" },
             { "click Command2; click Option3; click Command2; key B; click Command2; full; key A; click Command2; cat "
               "quiz.kqb.usr.score1",
@@ -157,6 +162,9 @@ const Journey journeys[] = {
                 "the 'Previous' button to go back and re-check your test]\nLoad Existing Exam: Your previous Exam has "
                 "been loaded.\\r\\nPress OK to continue.\nKESTA DEMO: Press the 'Finish' button to end and score your "
                 "Exam.\n" },
+            { "write exam.kqb.usr 000700300409\r\n003002001\r\nac; menu ch01(0)",
+                "-Finish\n+Command2\nNum_Label1[KESTA Exam Demo | Question 3 of 3]\nWebBrowser1[Q3]\nLoad Existing "
+                "Exam:\n" },
         } },
     { "AboutThenEndAndExitConfirmedAndCancelled",
         {
