@@ -19,7 +19,6 @@ constexpr std::string_view Letters = "abcdABCD";
 struct Layout {
     std::vector<int> questions; // the line of each question's first line
     std::vector<int> answers; // the line of each answer
-    std::vector<int> longLines; // lines longer than the loader reads
     int explanations = 0;
     int lines = 0;
 
@@ -44,8 +43,6 @@ template <typename Lines> Layout layoutOf(Lines& lines)
         else if (role == LineRole::Answer)
             layout.answers.push_back(layout.lines);
         layout.explanations += role == LineRole::Explanation ? 1 : 0;
-        if (line.size() - (line.starts_with('#') ? 1 : 0) > MaxLineBytes)
-            layout.longLines.push_back(layout.lines);
     }
     return layout;
 }
@@ -64,29 +61,6 @@ std::string answerProblem(const std::string& answer)
     return "the answer " + Quoted(answer)
         + " is not one of the letters a to d; write 'Answer: ' and the letter of "
           "the right choice";
-}
-
-// Where the loader cut a text or left out a line: the page would lose the rest of it.
-void longTexts(const Layout& layout, const QuestionList& list, std::vector<BankProblem>& problems)
-{
-    const std::string most = std::to_string(MaxFieldBytes / 1024) + " KiB";
-    const std::size_t before = problems.size();
-    for (const int line : layout.longLines)
-        problems.push_back(
-            { line, 0, "this line holds more than the " + most + " of text the program reads; shorten it" });
-    // A text the loader cut ends within a character of its bound.
-    const auto cut = [](const std::string& text) { return text.size() + 4 > MaxFieldBytes; };
-    if (cut(list.Questions[1].Intro))
-        problems.push_back({ 2, 0, "the introduction is longer than the " + most + " the program keeps; shorten it" });
-    for (int k = 1; k <= list.QuestionCount; ++k) {
-        if (cut(list.Questions[k].Question) || cut(list.Questions[k].Explanation)) {
-            problems.push_back({ layout.questionLine(k), k,
-                "this question or its explanation is longer than the " + most
-                    + " the program keeps; shorten it or split it into two questions" });
-        }
-    }
-    if (problems.size() == before)
-        problems.push_back({ 0, 0, "a text is longer than the " + most + " the program keeps; shorten it" });
 }
 
 BankCheck judge(const Layout& layout, const LoadResult& loaded, const QuestionList& list, std::string_view passPhrase)
@@ -112,8 +86,13 @@ BankCheck judge(const Layout& layout, const LoadResult& loaded, const QuestionLi
     }
     if (open)
         problems.push_back({ layout.questions.back(), written, MissingParts(layout.explanations >= written) });
-    if (loaded.tooLong)
-        longTexts(layout, list, problems);
+    if (loaded.tooLongAt != 0) {
+        const auto before = std::upper_bound(layout.questions.begin(), layout.questions.end(), loaded.tooLongAt);
+        problems.push_back({ loaded.tooLongAt, static_cast<int>(before - layout.questions.begin()),
+            "the text passes the " + std::to_string(MaxFieldBytes / 1024)
+                + " KiB the program keeps of a question, an explanation or the introduction; shorten it or split "
+                  "the question in two" });
+    }
     if (loaded.tooManyQuestions) {
         problems.push_back({ layout.questionLine(MaxQuestions + 1), MaxQuestions + 1,
             "the program loads at most 1000 questions; move this one and those after it into "

@@ -139,7 +139,7 @@ private:
     void take(std::string_view line, std::string& text)
     {
         if (line.size() > MaxLineBytes)
-            result_.tooLong = true;
+            lost();
         else
             decipher_(line, text);
         if (text.size() > MaxFieldBytes) {
@@ -147,8 +147,15 @@ private:
             while (cut > 0 && (static_cast<unsigned char>(text[cut]) & 0xC0) == 0x80)
                 --cut;
             text.resize(cut);
-            result_.tooLong = true;
+            lost();
         }
+    }
+
+    // A line past MaxLineBytes or a text past MaxFieldBytes: the rest is lost.
+    void lost()
+    {
+        if (result_.tooLongAt == 0)
+            result_.tooLongAt = rounds_;
     }
 
     void store(QuestionRecord& record, bool breakRule)

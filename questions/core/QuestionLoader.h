@@ -50,11 +50,11 @@ LineDecipher decipherWith(std::string_view passPhrase);
 struct LoadResult {
     bool tooManyLines = false;     // 10000 or more lines; all past line 9999 but the last were lost
     bool tooManyQuestions = false; // a question block beyond the 1000th
-    bool tooLong = false;          // a line past MaxLineBytes or a text past MaxFieldBytes; the rest was lost
+    int tooLongAt = 0;             // the first line whose text was lost, wholly or in part; 0 for none
     std::vector<int> badAnswers;   // questions whose answer is not exactly one character
     std::optional<std::string> title; // the first line's text; none when it is empty or marked
 
-    bool corrupt() const { return tooManyLines || tooManyQuestions || tooLong || !badAnswers.empty(); }
+    bool corrupt() const { return tooManyLines || tooManyQuestions || tooLongAt != 0 || !badAnswers.empty(); }
 };
 
 // The rule that cuts text into lines: CR LF, a lone CR and a lone LF each end

@@ -197,13 +197,11 @@ TEST_F(QbankToolTest, EveryCommandAnswersWithItsOutputOrOneLineNamingFileAndLine
         { "build menu.txt -o " + no, "1||menu.txt:1: " + NoMenu + NotWritten },
         { "build "
                 + file("long.txt",
-                    Quiz + "Question: " + std::string(17000, 'x') + "\nExplanation: E\nAnswer: a\n" + "Question: "
-                        + std::string(9000, 'y') + "\n" + std::string(9000, 'z') + "\n" + q.substr(12) + "Answer: a\n")
+                    Quiz + "Question: " + std::string(9000, 'y') + "\n" + std::string(9000, 'z') + "\n" + q.substr(12)
+                        + "Answer: a\n")
                 + " -o " + no,
-            "1||long.txt:5: this line holds more than the 16 KiB of text the program reads; shorten it\nlong.txt:8: "
-            "this "
-            "question or its explanation is longer than the 16 KiB the program keeps; shorten it or split it into two "
-            "questions\n"
+            "1||long.txt:6: the text passes the 16 KiB the program keeps of a question, an explanation or the "
+            "introduction; shorten it or split the question in two\n"
                 + NotWritten },
         { "build " + file("lower.txt", Quiz + "question: Q\n") + " -o " + no,
             "1||lower.txt:5: 'question:' is no keyword; write 'Question: Q' (or '\\question: Q' for a plain line)\n" },

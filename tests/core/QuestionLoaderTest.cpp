@@ -60,7 +60,7 @@ protected:
             const LoadResult r = block == 0 ? LoadQuestionText(content, *list, observer, decipher)
                                             : LoadQuestionFile(dir / "bank.kqb", *list, observer, decipher, block);
             std::string out = std::to_string(list->QuestionCount) + (r.tooManyLines ? " lines" : "") +
-                              (r.tooManyQuestions ? " questions" : "") + (r.tooLong ? " long" : "") +
+                              (r.tooManyQuestions ? " questions" : "") + (r.tooLongAt ? " long@" + std::to_string(r.tooLongAt) : "") +
                               (r.corrupt() ? " corrupt" : "") + " bad";
             for (const int k : r.badAnswers)
                 out += " " + std::to_string(k);
@@ -111,7 +111,7 @@ TEST_F(QuestionLoaderTest, ReadsHeaderAndQuestionBlocksIntoRecords)
         // text is not deciphered (and one too long for the buffer keeps the lone CR that ends it).
         {withHeader({"#" + longest, "#E", "#a"}), "1 bad title Title\n|||\n" + intro + "|" + longest + "|E|a\n|||\n"},
         {withHeader({"#" + cut + "\xC3\xA9", "=#" + std::string(262142, 'A') + "\r#" + EncryptString("a", QuestionPassPhrase)}),
-         "1 long corrupt bad title Title\n|||\n" + intro + "|" + cut + "||a\n|||\n"},
+         "1 long@5 corrupt bad title Title\n|||\n" + intro + "|" + cut + "||a\n|||\n"},
     };
     for (const auto& [lines, expected] : cases) {
         SCOPED_TRACE(lines.size());
