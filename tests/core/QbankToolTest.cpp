@@ -129,6 +129,10 @@ const std::string NoMenu = "the title 'Networking' puts the bank in no menu; wri
                            "Quiz Demo\" into it (in any case)\n";
 const std::string NoAnswer = "this question has no 'Answer:' line; write 'Answer: ' and the letter of the right choice "
                              "after its explanation\n";
+const std::string Past[] = {
+    "the program loads at most 1000 questions; move this one and those after it into another bank\n",
+    "the bank has 10007 lines, and the program reads at most 9999 (and the last); move questions into another bank\n"
+};
 const std::string NotWritten = "kesta-qbank: no bank written: the program could not use it (--allow-broken writes it "
                                "all the same)\n";
 
@@ -137,8 +141,11 @@ TEST_F(QbankToolTest, EveryCommandAnswersWithItsOutputOrOneLineNamingFileAndLine
 {
     const std::string text = "Caf\xC3\xA9\"q\"", hex = EncryptString(text, QuestionPassPhrase);
     const std::string q = "Question: Q\nExplanation: E\n", no = "refused.kqb", kqb = "b.kqb";
+    std::string past = std::string(7000, '\n'); // 1001 questions, more than 10,000 lines
+    for (int k = 0; k < 1000; ++k)
+        past = q + "Answer: a\n" + past;
     const std::string source = file("s.txt", Bom + Quiz + q + "Answer: a\n"),
-                      broken = file("e.txt", Quiz + q + "Answer: e\n");
+                      broken = file("e.txt", Quiz + q + "Answer: e\n" + past);
     const std::string aiken = file("a.aiken",
         "Which port?\nA) TCP 80\nB) TCP 443\nC) TCP 22\nD) TCP 25\nANSWER: B\n\n"
         "Short?\nA. yes\nB. no\nANSWER: A\n");
@@ -184,7 +191,8 @@ TEST_F(QbankToolTest, EveryCommandAnswersWithItsOutputOrOneLineNamingFileAndLine
         { "--key wrong dump b.kqb", "1||" + wrongKey }, // its title deciphers, to no text
         { "check pipe", "1||pipe: not a regular file (a link, a pipe or a device); nothing was read\n" },
         { "build s.txt -o no/b.kqb", "1||no/b.kqb: cannot be written: no such folder\n" },
-        { "build e.txt -o " + no, "1||e.txt:7: " + Letter + NotWritten },
+        { "build e.txt -o " + no,
+            "1||e.txt:7: " + Letter + "e.txt:3005: " + Past[0] + "e.txt:10000: " + Past[1] + NotWritten },
         { "build " + file("B.txt", Quiz + q + "Answer: B)\n") + " -o " + no,
             "1||B.txt:7: the answer 'B)' is more than a letter; write 'Answer: B'\n" + NotWritten },
         { "build " + file("last.txt", Quiz + q + "Answer: a\n\n" + q) + " -o " + no,
@@ -207,11 +215,11 @@ TEST_F(QbankToolTest, EveryCommandAnswersWithItsOutputOrOneLineNamingFileAndLine
             "1||lower.txt:5: 'question:' is no keyword; write 'Question: Q' (or '\\question: Q' for a plain line)\n" },
         { "build " + file("space.txt", Quiz + q + "Answer:a\n") + " -o " + no,
             "1||space.txt:7: 'Answer:' takes one space before its text; write 'Answer: a'\n" },
-        { "build e.txt -o e.kqb --allow-broken", "0||e.txt:7: " + Letter },
+        { "build e.txt -o e.kqb --allow-broken",
+            "0||e.txt:7: " + Letter + "e.txt:3005: " + Past[0] + "e.txt:10000: " + Past[1] },
         { "check e.kqb",
-            "1|Title: KESTA Quiz Demo 1\nMenu: Select Domain Quiz\nQuestions: 1\nCorrupt: no\ne.kqb: "
-            "question 1: "
-                + Letter + "|" },
+            "1|Title: KESTA Quiz Demo 1\nMenu: Select Domain Quiz\nQuestions: 1000\nCorrupt: yes\ne.kqb: question 1: "
+                + Letter + "e.kqb: question 1001: " + Past[0] + "e.kqb: " + Past[1] + "|" },
         // An output that is the input however named, or that cannot be replaced, is refused before anything is read.
         { "build s.txt -o s.txt", "1||s.txt: is s.txt, the input itself; give another file to write\n" },
         { "build link.txt -o ./s.txt", "1||./s.txt: is link.txt, the input itself; give another file to write\n" },
