@@ -20,11 +20,6 @@ Refused::Refused() : RuntimeError(err::PathFileAccess, err::describe(err::PathFi
 
 namespace {
 
-// The longest file name the file systems the program runs on take, in bytes.
-constexpr std::size_t NameMax = 255;
-// The characters mkstemp puts after a temporary file's prefix.
-constexpr std::size_t RandomPart = 6;
-
 // The folder part of a path, with its separator ("" for a bare name).
 std::string folderPart(const std::string& path)
 {
@@ -301,19 +296,6 @@ bool hasContent(const std::string& path)
     } catch (const RuntimeError&) {
         return false;
     }
-}
-
-std::string temporaryPrefix(const std::string& name)
-{
-    if (1 + name.size() + 1 + RandomPart <= NameMax)
-        return "." + name + ".";
-    // Shortened: the start of the name, then "~" and a hash of the whole name (FNV-1a) in 8 hex digits.
-    std::uint32_t hash = 2166136261u;
-    for (const unsigned char c : name)
-        hash = (hash ^ c) * 16777619u;
-    char hex[9];
-    std::snprintf(hex, sizeof hex, "%08x", static_cast<unsigned>(hash));
-    return "." + name.substr(0, NameMax - RandomPart - 11) + "~" + hex + ".";
 }
 
 void replace(const std::string& path, std::string_view bytes, Replace how)

@@ -119,6 +119,11 @@ struct Replace {
     bool durable = true; // on disk before it takes the old file's place (not needed for scratch pages)
 };
 
+// The longest file name the file systems the program runs on take, in bytes.
+inline constexpr std::size_t NameMax = 255;
+// The characters that follow a temporary file's prefix.
+inline constexpr std::size_t RandomPart = 6;
+
 // The start of the name of every temporary file `replace` writes for a file
 // named `name` (without folder); six characters follow it. It begins with a
 // "." (hidden) and fits the file-name limit with them, whatever the length of

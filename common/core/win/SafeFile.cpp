@@ -21,9 +21,6 @@ Refused::Refused() : RuntimeError(err::PathFileAccess, err::describe(err::PathFi
 
 namespace {
 
-constexpr std::size_t NameMax = 255;
-constexpr std::size_t RandomPart = 6;
-
 std::string folderPart(const std::string& path)
 {
     const auto slash = path.find_last_of("/\\");
@@ -112,18 +109,6 @@ bool hasContent(const std::string& path)
 {
     std::error_code code;
     return fs::is_regular_file(fs::symlink_status(path, code)) && fs::file_size(path, code) > 0;
-}
-
-std::string temporaryPrefix(const std::string& name)
-{
-    if (1 + name.size() + 1 + RandomPart <= NameMax)
-        return "." + name + ".";
-    std::uint32_t hash = 2166136261u;
-    for (const unsigned char c : name)
-        hash = (hash ^ c) * 16777619u;
-    char hex[9];
-    std::snprintf(hex, sizeof hex, "%08x", static_cast<unsigned>(hash));
-    return "." + name.substr(0, NameMax - RandomPart - 11) + "~" + hex + ".";
 }
 
 void replace(const std::string& path, std::string_view bytes, Replace)
