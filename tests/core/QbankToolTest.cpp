@@ -204,11 +204,9 @@ TEST_F(QbankToolTest, EveryCommandAnswersWithItsOutputOrOneLineNamingFileAndLine
                 + NotWritten },
         { "build menu.txt -o " + no, "1||menu.txt:1: " + NoMenu + NotWritten },
         { "build "
-                + file("long.txt",
-                    Quiz + "Question: " + std::string(9000, 'y') + "\n" + std::string(9000, 'z') + "\n" + q.substr(12)
-                        + "Answer: a\n")
+                + file("long.txt", Quiz + "Question: " + std::string(17000, 'y') + "\n" + q.substr(12) + "Answer: a\n")
                 + " -o " + no,
-            "1||long.txt:6: the text passes the 16 KiB the program keeps of a question, an explanation or the "
+            "1||long.txt:5: the text passes the 16 KiB the program keeps of a question, an explanation or the "
             "introduction; shorten it or split the question in two\n"
                 + NotWritten },
         { "build " + file("lower.txt", Quiz + "question: Q\n") + " -o " + no,
