@@ -1,6 +1,9 @@
 #pragma once
 
 #include "app/ui/Form1.h"
+#include "app/ui/ProgressWindow.h"
+#include "app/ui/Splash.h"
+#include "common/ui/QtPrinter.h"
 #include "common/ui/Widgets.h"
 #include "support/BankWriter.h"
 #include "support/RecordingHost.h"
@@ -20,6 +23,8 @@ class FakeHost : public RecordingHost {
 public:
     std::function<void(QDialog&)> onModal;
     std::function<std::string()> describe;
+    std::unique_ptr<Printer> paper; // the real printer, into a PDF file, instead of the recording one
+    Printer* printer() override { return paper ? paper.get() : RecordingHost::printer(); }
     void execModal(QDialog& dialog) override
     {
         modals.push_back(dialog.objectName().toStdString());
@@ -39,8 +44,9 @@ public:
 // One whole program in a scratch folder: an all-users data tree with the default options, and a program folder
 // whose Questions hold a five-question quiz (every answer A) and a three-question exam (answers A, B, C). Nothing
 // touches the real data folder. A journey drives it by steps, each a few commands separated by "; ":
-//   start, restart, menu ITEM, click [WINDOW/]NAME, key KEYS [[WINDOW/]NAME], close WINDOW,
-//   write FILE BYTES, cat FILE, look, full (on, then off).
+//   start, restart, splash, progress (a progress window), menu ITEM, click [WINDOW/]NAME, key KEYS [[WINDOW/]NAME],
+//   close WINDOW, tick [WINDOW/]TIMER [N], pick LIST N, type LIST TEXT, resize WINDOW W H|max, write FILE BYTES,
+//   cat FILE, printer none|paper (the real one, into a PDF file), printed (its text), look, full (on, then off).
 // A command that starts with "> " is the script of the next modal dialog to be shown, " & " between its commands.
 class TestApp {
 public:
@@ -85,12 +91,13 @@ public:
 
     // One line of a look: a control's name (Window/name outside the main window), its caption ("*" when checked),
     // " off" when disabled; in `full`, also its place in its parent, its font where it differs from its parent's,
-    // word wrap, the default button, and its tool tip.
+    // word wrap, the default button, and its tool tip. A list reads as a screen reader announces it.
     std::string describe(const QString& key, QWidget* w) const
     {
         QString caption = w->isWindow() ? w->windowTitle() : "", more;
         auto* l = qobject_cast<QLabel*>(w);
         auto* p = qobject_cast<QProgressBar*>(w);
+        auto* c = qobject_cast<QComboBox*>(w);
         if (auto* b = qobject_cast<QAbstractButton*>(w))
             caption = b->text() + (b->isChecked() ? "*" : ""), more = b->property("default").toBool() ? " default" : "";
         else if (auto* v = qobject_cast<QTextBrowser*>(w))
@@ -100,6 +107,9 @@ public:
         else if (p)
             caption = QString("%1 of %2-%3 ").arg(p->value()).arg(p->minimum()).arg(p->maximum())
                 + (p->isTextVisible() ? p->text() : "");
+        else if (QAccessibleInterface* a = c ? QAccessible::queryAccessibleInterface(c) : nullptr)
+            caption = a->text(QAccessible::Name) + "=" + a->text(QAccessible::Value) + " of " + c->itemText(0) + "-"
+                + c->itemText(c->count() - 1) + (c->isEditable() ? "" : " fixed");
         const QFont f = w->font(), parent = w->isWindow() ? QApplication::font() : w->parentWidget()->font();
         const QRect g = w->geometry();
         more
@@ -182,7 +192,7 @@ public:
         return changes + (std::exchange(host.beeps, 0) ? "beep\n" : "");
     }
 
-    // Runs one step; returns what its "look" and "cat" commands showed, then the look after it.
+    // Runs one step; returns what its "look", "cat" and "printed" commands showed, then the look after it.
     std::string run(const std::string& step)
     {
         for (const QString& command : QString::fromStdString(step).split("; "))
@@ -219,6 +229,9 @@ private:
         QWidget* w = find(name);
         Form1* f = app->windows.form1;
         auto file = [&] { return user(name.toStdString()); };
+        auto timer = [&] {
+            return (name.contains('/') ? find(name.section('/', 0, 0)) : f)->findChild<QTimer*>(name.section('/', -1));
+        };
         auto key = [&](QWidget* to, const QKeyCombination& k) { // into the window in front, at its focus
             to->activateWindow(), (void)QTest::qWaitForWindowActive(to);
             QTest::keyClick(
@@ -227,18 +240,49 @@ private:
         const std::map<QString, std::function<void()>> commands {
             { "start", [&] { start(); } },
             { "restart", [&] { restart(); } },
+            { "splash",
+                [&] { (new frmSplash(*app))->Form_Load(), QApplication::topLevelWidgets().constLast()->show(); } },
+            { "progress",
+                [&] { // its job looks; activating it again then would start a second job
+                    QPointer<frmProgressBar> progress = new frmProgressBar;
+                    QObject::connect(progress, &frmProgressBar::PerformProcess,
+                        [this, progress] { perform("look"), progress->activateWindow(), settle(); });
+                    progress->show(), progress->activateWindow();
+                } },
             { "menu", [&] { f->findChild<QAction*>(name)->trigger(); } },
             { "click",
                 [&] { w->activateWindow(), QTest::mouseClick(w, Qt::LeftButton, {}, QPoint(8, w->height() / 2)); } },
             { "key", [&] { key(a.size() > 2 ? find(a[2]) : f, QKeySequence(name)[0]); } },
             { "close", [&] { w->close(); } },
+            { "tick",
+                [&] {
+                    for (int i = 0; i < std::max(1, rest.toInt()) && timer()->isActive(); ++i)
+                        QMetaObject::invokeMethod(timer(), "timeout"), settle();
+                } },
+            { "pick", [&] { qobject_cast<QComboBox*>(w)->setCurrentIndex(rest.toInt()); } },
+            { "type", [&] { QTest::keyClicks(w, rest); } },
+            { "resize",
+                [&] {
+                    rest == "max" ? w->showMaximized() : (w->showNormal(), w->resize(a[2].toInt(), a[3].toInt()));
+                } },
             { "write", [&] { writeFile(file(), rest.toStdString()); } },
             { "cat",
                 [&] { seen += name.toStdString() + ": " + esc(QString::fromStdString(readFile(file()))) + "\n"; } },
+            { "printer",
+                [&] {
+                    name == "none" ? (void)(host.printerInstalled = false, host.paper.reset())
+                                   : (void)(host.paper = QtPrinter::toPdf(QString::fromStdString(dir / "paper.pdf")));
+                } },
+            { "printed",
+                [&] { // the text of the PDF file's pages
+                    QProcess pdf;
+                    pdf.start("pdftotext", { QString::fromStdString(dir / "paper.pdf"), "-" }), pdf.waitForFinished();
+                    seen += "paper: " + esc(QString::fromUtf8(pdf.readAllStandardOutput())) + "\n";
+                } },
             { "look", [&] { seen += look(); } },
             { "full", [&] { full = !full; } },
         };
-        if (!commands.count(a[0]) || (!w && QString("click close").contains(a[0])))
+        if (!commands.count(a[0]) || (!w && QString("click close pick type resize").contains(a[0])))
             return ADD_FAILURE() << "cannot " << command.toStdString();
         commands.at(a[0])(), settle();
     }
