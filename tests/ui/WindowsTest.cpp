@@ -89,17 +89,20 @@ const Journey journeys[] = {
         {
             { "full; menu Review1(0); click Start_Test; click Command2; click Option1; click Command2; key C; look; "
               "key Shift+D; key Alt+A; key Ctrl+B; key Meta+C; key E",
-                "-ProgressBar1\nBack_Command1[Previous Question] 12,80 160x30 ~Click here to go to the previous "
-                "question\nCommand2[Next Question] 184,80 160x30 ~Click here to go to the next question\nEndExam[End "
-                "Domain Quiz] 528,80 180x30 ~Click here to end the current exam\nLabel3[Choose the best answer and "
-                "select the corresponding letter below.] 12,8 696x22 ~Choose an answer from the letters "
-                "below:\nNum_Label1[Chapter: KESTA Quiz Demo | Question 2 of 5] 8,12 500x22\nOption1[A] 180,38 "
-                "80x26\nOption2[B] 280,38 80x26\nOption3[C*] 380,38 80x26\nOption4[D] 480,38 80x26\nSave_Progress[Save "
-                "Domain Quiz or Exam Progress]\nTimeLeft[] 624,12 90x22 ~Time Left\nTime_Left[Time Left:] 540,12 80x22 "
-                "~Time Left\nTimer1 on\nViewAnswer[View Answer] 356,80 160x30 ~Click here to begin the "
-                "test\nWebBrowser1[Q5]\nmnuPrintQuestions[Print Questions]\nKESTA DEMO: The Domain Quiz will now "
-                "begin. Press OK to continue.\nKESTA DEMO: Please choose an answer from the choices "
-                "below\nOption3[C]\nOption4[D*]\n" },
+                "-ProgressBar1\n"
+                "Back_Command1[Previous Question] 12,80 160x30 ~Click here to go to the previous question\n"
+                "Command2[Next Question] 184,80 160x30 ~Click here to go to the next question\n"
+                "EndExam[End Domain Quiz] 528,80 180x30 ~Click here to end the current exam\n"
+                "Label3[Choose the best answer and select the corresponding letter below.] 12,8 696x22 ~Choose an "
+                "answer from the letters below:\n"
+                "Num_Label1[Chapter: KESTA Quiz Demo | Question 2 of 5] 8,12 500x22\nOption1[A] 180,38 80x26\n"
+                "Option2[B] 280,38 80x26\nOption3[C*] 380,38 80x26\nOption4[D] 480,38 80x26\n"
+                "Save_Progress[Save Domain Quiz or Exam Progress]\nTimeLeft[] 624,12 90x22 ~Time Left\n"
+                "Time_Left[Time Left:] 540,12 80x22 ~Time Left\nTimer1 on\n"
+                "ViewAnswer[View Answer] 356,80 160x30 ~Click here to begin the test\nWebBrowser1[Q5]\n"
+                "mnuPrintQuestions[Print Questions]\n"
+                "KESTA DEMO: The Domain Quiz will now begin. Press OK to continue.\n"
+                "KESTA DEMO: Please choose an answer from the choices below\nOption3[C]\nOption4[D*]\n" },
             { "> look & click Dialog1/OKButton; > look & click Form3/OKButton; menu quitMenuItem",
                 "Dialog1[Exit KESTA DEMO] 222,247 420x150 Arial 9pt\nDialog1/CancelButton[Cancel] 220,100 "
                 "120x30\nDialog1/Label1[Are you sure you wish to exit KESTA DEMO?] 16,16 388x64 "
@@ -111,60 +114,63 @@ const Journey journeys[] = {
                 "or Domain Quiz', then choose the appropriate chapter.\nENDED 0\n" },
             { "full; > full & look & full & click Dialog3/OK; click ViewAnswer; click Back_Command1; look; click "
               "Command2",
-                "Dialog3[View Answer] 152,112 560x420 Arial 9pt\nDialog3/OK[OK] 230,376 100x30 default ~Click OK to go "
-                "back "
-                "to the main exam window.\nDialog3/WebBrowser1[Chapter: KESTA Quiz Demo, Question 2 of 5 Answer: A "
-                "Explanation: E5] 12,12 536x350\n-Back_Command1\n-Dialog3\nNum_Label1[Chapter: KESTA Quiz Demo | "
-                "Question "
-                "1 of 5]\nOption1[A*]\nOption4[D]\nWebBrowser1[Q1]\nBack_Command1[Previous "
-                "Question]\nNum_Label1[Chapter: KESTA Quiz "
-                "Demo | Question 2 of 5]\nOption1[A]\nOption4[D*]\nWebBrowser1[Q5]\n" },
+                "Dialog3[View Answer] 152,112 560x420 Arial 9pt\n"
+                "Dialog3/OK[OK] 230,376 100x30 default ~Click OK to go back to the main exam window.\n"
+                "Dialog3/WebBrowser1[Chapter: KESTA Quiz Demo, Question 2 of 5 Answer: A Explanation: E5] 12,12 "
+                "536x350\n"
+                "-Back_Command1\n-Dialog3\nNum_Label1[Chapter: KESTA Quiz Demo | Question 1 of 5]\nOption1[A*]\n"
+                "Option4[D]\nWebBrowser1[Q1]\nBack_Command1[Previous Question]\n"
+                "Num_Label1[Chapter: KESTA Quiz Demo | Question 2 of 5]\nOption1[A]\nOption4[D*]\nWebBrowser1[Q5]\n" },
             { "click Command2; click Option3; click Command2; key B; click Command2; full; key A; click Command2; cat "
               "quiz.kqb.usr.score1",
-                "quiz.kqb.usr.score1: 000700600630\\r\\n001005003004002\\r\\nadcba\n-Form1\nForm2[Results] 2,2 "
-                "780x600\nForm2/Command3[Close Explanation] 12,39 190x30 ~Click here to close the Explanation window "
-                "and return to the main screen\nForm2/Expl_Exit[Exit KESTA DEMO] 12,75 190x30 ~Click here to exit "
-                "KESTA Halvergrove\nForm2/Expl_Next[Next Explanation] 214,39 190x30 ~Click here to see the "
-                "explaination for the next question you answered incorrectly\nForm2/Frame1[] 182,463 416x114 Arial "
-                "9pt\nForm2/Frame2[] 40,8 700x40 Arial 9pt\nForm2/Label1[Score:] 8,9 52x22\nForm2/Label2[40%] 62,9 "
-                "60x22 Arial 9pt bold\nForm2/QuestionNumber[Chapter: KESTA Quiz Demo | Question 1 of 3] 140,9 "
-                "552x22\nForm2/WebBrowser1[Q5 Your answer: D The correct answer is: A Explanation: E5] 47,56 "
-                "687x383\nSave Score: Your current progress and score has been saved. \\r\\n\\r\\nIf you would like to "
-                "open it at any time, go to the file menu, select 'View Previous Scores', then choose the appropriate "
-                "Exam or Domain Quiz.\n" },
+                "quiz.kqb.usr.score1: 000700600630\\r\\n001005003004002\\r\\nadcba\n-Form1\n"
+                "Form2[Results] 2,2 780x600\n"
+                "Form2/Command3[Close Explanation] 12,39 190x30 ~Click here to close the Explanation window and return "
+                "to the main screen\n"
+                "Form2/Expl_Exit[Exit KESTA DEMO] 12,75 190x30 ~Click here to exit KESTA Halvergrove\n"
+                "Form2/Expl_Next[Next Explanation] 214,39 190x30 ~Click here to see the explaination for the next "
+                "question you answered incorrectly\n"
+                "Form2/Frame1[] 182,463 416x114 Arial 9pt\nForm2/Frame2[] 40,8 700x40 Arial 9pt\n"
+                "Form2/Label1[Score:] 8,9 52x22\nForm2/Label2[40%] 62,9 60x22 Arial 9pt bold\n"
+                "Form2/QuestionNumber[Chapter: KESTA Quiz Demo | Question 1 of 3] 140,9 552x22\n"
+                "Form2/WebBrowser1[Q5 Your answer: D The correct answer is: A Explanation: E5] 47,56 687x383\n"
+                "Save Score: Your current progress and score has been saved. \\r\\n\\r\\nIf you would like to open it "
+                "at any time, go to the file menu, select 'View Previous Scores', then choose the appropriate Exam or "
+                "Domain Quiz.\n" },
             { "full; click Form2/Expl_Next; look; click Form2/Expl_Next; look; click Form2/Expl_Back; look; click "
               "Form2/Expl_Back",
-                "Form2/Expl_Back[Previous Explanation]\nForm2/QuestionNumber[Chapter: KESTA Quiz Demo | Question 2 of "
-                "3]\nForm2/WebBrowser1[Q3 Your answer: C The correct answer is: A Explanation: "
-                "E3]\n-Form2/Expl_Next\nForm2/QuestionNumber[Chapter: KESTA Quiz Demo | Question 3 of "
-                "3]\nForm2/WebBrowser1[Q4 Your answer: B The correct answer is: A Explanation: "
-                "E4]\n+Form2/Expl_Next\nForm2/QuestionNumber[Chapter: KESTA Quiz Demo | Question 2 of "
-                "3]\nForm2/WebBrowser1[Q3 Your answer: C The correct answer is: A Explanation: "
-                "E3]\n-Form2/Expl_Back\nForm2/QuestionNumber[Chapter: KESTA Quiz Demo | Question 1 of "
-                "3]\nForm2/WebBrowser1[Q5 Your answer: D The correct answer is: A Explanation: E5]\n" },
+                "Form2/Expl_Back[Previous Explanation]\n"
+                "Form2/QuestionNumber[Chapter: KESTA Quiz Demo | Question 2 of 3]\n"
+                "Form2/WebBrowser1[Q3 Your answer: C The correct answer is: A Explanation: E3]\n-Form2/Expl_Next\n"
+                "Form2/QuestionNumber[Chapter: KESTA Quiz Demo | Question 3 of 3]\n"
+                "Form2/WebBrowser1[Q4 Your answer: B The correct answer is: A Explanation: E4]\n+Form2/Expl_Next\n"
+                "Form2/QuestionNumber[Chapter: KESTA Quiz Demo | Question 2 of 3]\n"
+                "Form2/WebBrowser1[Q3 Your answer: C The correct answer is: A Explanation: E3]\n-Form2/Expl_Back\n"
+                "Form2/QuestionNumber[Chapter: KESTA Quiz Demo | Question 1 of 3]\n"
+                "Form2/WebBrowser1[Q5 Your answer: D The correct answer is: A Explanation: E5]\n" },
             { "> click Dialog1/CancelButton; click Form2/Expl_Exit; close Form2; click Form2/Command3; click "
               "Dialog2/Command2",
-                "-Back_Command1\n-Command2\n-EndExam\n-Form2\n-Label3\n-Num_Label1\n-Option1\n-Option2\n-Option3\n-"
-                "Option4\n-TimeLeft\n-Time_Left\n-Timer1\n-ViewAnswer\n+Form1\nSave_Progress[Save Domain Quiz or Exam "
-                "Progress] off\nWebBrowser1[Select a new Domain Quiz or Exam from the file menu to "
-                "begin]\nmnuPrintQuestions[Print Questions] off\nmnuScore01(0)[KESTA Quiz Demo (Saved on: <file "
-                "date>)]\nr01(0)[KESTA Quiz Demo]\n" },
+                "-Back_Command1\n-Command2\n-EndExam\n-Form2\n-Label3\n-Num_Label1\n-Option1\n-Option2\n-Option3\n"
+                "-Option4\n-TimeLeft\n-Time_Left\n-Timer1\n-ViewAnswer\n+Form1\n"
+                "Save_Progress[Save Domain Quiz or Exam Progress] off\n"
+                "WebBrowser1[Select a new Domain Quiz or Exam from the file menu to begin]\n"
+                "mnuPrintQuestions[Print Questions] off\nmnuScore01(0)[KESTA Quiz Demo (Saved on: <file date>)]\n"
+                "r01(0)[KESTA Quiz Demo]\n" },
             { "cat quiz.kqb.usr; write exam.kqb.usr 000700400409\r\n003002001\r\nacc; restart; start; menu r01(0); "
               "look; menu ch01(0)",
-                "quiz.kqb.usr: "
-                "000700200230\\r\\n001005003004002\\r\\nad\n+Back_Command1\n+Command2\n+EndExam\n+Label3\nNum_Label1["
-                "KESTA Quiz Demo | Question 2 of 5]\n+Option1\n+Option2\n+Option3\nOption4[D]\nSave_Progress[Save "
-                "Domain Quiz or Exam "
-                "Progress]\n+TimeLeft\n+Time_Left\n+Timer1\n+ViewAnswer\nWebBrowser1[Q2]\nch01(0)[KESTA Exam "
-                "Demo]\nmnuPrintQuestions[Print Questions]\nLoad Existing Domain Quiz: Your previous Domain Quiz has "
-                "been loaded.\\r\\nPress OK to continue.\n-Command2\nEndExam[End "
-                "Exam]\nFinish[Finish]\nNum_Label1[]\nWebBrowser1[Click 'Finish' to end and score your Exam, or click "
-                "the 'Previous' button to go back and re-check your test]\nLoad Existing Exam: Your previous Exam has "
-                "been loaded.\\r\\nPress OK to continue.\nKESTA DEMO: Press the 'Finish' button to end and score your "
-                "Exam.\n" },
+                "quiz.kqb.usr: 000700200230\\r\\n001005003004002\\r\\nad\n+Back_Command1\n+Command2\n+EndExam\n"
+                "+Label3\nNum_Label1[KESTA Quiz Demo | Question 2 of 5]\n+Option1\n+Option2\n+Option3\nOption4[D]\n"
+                "Save_Progress[Save Domain Quiz or Exam Progress]\n+TimeLeft\n+Time_Left\n+Timer1\n+ViewAnswer\n"
+                "WebBrowser1[Q2]\nch01(0)[KESTA Exam Demo]\nmnuPrintQuestions[Print Questions]\n"
+                "Load Existing Domain Quiz: Your previous Domain Quiz has been loaded.\\r\\nPress OK to continue.\n"
+                "-Command2\nEndExam[End Exam]\nFinish[Finish]\nNum_Label1[]\n"
+                "WebBrowser1[Click 'Finish' to end and score your Exam, or click the 'Previous' button to go back and "
+                "re-check your test]\n"
+                "Load Existing Exam: Your previous Exam has been loaded.\\r\\nPress OK to continue.\n"
+                "KESTA DEMO: Press the 'Finish' button to end and score your Exam.\n" },
             { "write exam.kqb.usr 000700300409\r\n003002001\r\nac; menu ch01(0)",
-                "-Finish\n+Command2\nNum_Label1[KESTA Exam Demo | Question 3 of 3]\nWebBrowser1[Q3]\nLoad Existing "
-                "Exam:\n" },
+                "-Finish\n+Command2\nNum_Label1[KESTA Exam Demo | Question 3 of 3]\nWebBrowser1[Q3]\n"
+                "Load Existing Exam:\n" },
             { "> click Dialog1/OKButton; menu quitMenuItem",
                 "Form3/OKButton[Yes]\n-Form3\nENDED 0\n" }, // a restored test is started
         } },
