@@ -104,7 +104,7 @@ void Form1::buildControls()
     WebBrowser1->setObjectName("WebBrowser1");
     WebBrowser1->setAccessibleName("Question page");
     WebBrowser1->setOpenLinks(false);
-    WebBrowser1->setGeometry(0, BrowserTop, FormWidth - ui::twips(1400), 300);
+    WebBrowser1->move(0, BrowserTop); // the layout gives it its size and centres it
 
     Frame1 = ui::frame(central, "Frame1", QRect(0, 0, Frame1Width, Frame1Height));
     Label3 = ui::label(Frame1, "Label3", "Choose the best answer and select the corresponding letter below.",

@@ -45,8 +45,9 @@ public:
 // whose Questions hold a five-question quiz (every answer A) and a three-question exam (answers A, B, C). Nothing
 // touches the real data folder. A journey drives it by steps, each a few commands separated by "; ":
 //   start, restart, splash, progress (a progress window), menu ITEM, click [WINDOW/]NAME, key KEYS [[WINDOW/]NAME],
-//   close WINDOW, tick [WINDOW/]TIMER [N], pick LIST N, type LIST TEXT, resize WINDOW W H|max, write FILE BYTES,
-//   cat FILE, printer none|paper (the real one, into a PDF file), printed (its text), look, full (on, then off).
+//   close WINDOW, tick [WINDOW/]TIMER [N], pick LIST N, type LIST TEXT, resize WINDOW W H|max,
+//   write FILE BYTES, rm FILE, cat FILE (in the user folder), printer none|paper (the real one, into a PDF file),
+//   printed (its text), look, full (on, then off).
 // A command that starts with "> " is the script of the next modal dialog to be shown, " & " between its commands.
 class TestApp {
 public:
@@ -243,10 +244,15 @@ private:
             { "splash",
                 [&] { (new frmSplash(*app))->Form_Load(), QApplication::topLevelWidgets().constLast()->show(); } },
             { "progress",
-                [&] { // its job looks; activating it again then would start a second job
+                [&] { // its job looks, and activates it again, which must not start a second job
                     QPointer<frmProgressBar> progress = new frmProgressBar;
-                    QObject::connect(progress, &frmProgressBar::PerformProcess,
-                        [this, progress] { perform("look"), progress->activateWindow(), settle(); });
+                    QObject::connect(
+                        progress, &frmProgressBar::PerformProcess, [this, progress, f, jobs = 0]() mutable {
+                            seen += "job\n", perform("look");
+                            if (jobs++ == 0)
+                                f->activateWindow(), (void)QTest::qWaitForWindowActive(f), progress->activateWindow(),
+                                    (void)QTest::qWaitForWindowActive(progress);
+                        });
                     progress->show(), progress->activateWindow();
                 } },
             { "menu", [&] { f->findChild<QAction*>(name)->trigger(); } },
@@ -266,6 +272,7 @@ private:
                     rest == "max" ? w->showMaximized() : (w->showNormal(), w->resize(a[2].toInt(), a[3].toInt()));
                 } },
             { "write", [&] { writeFile(file(), rest.toStdString()); } },
+            { "rm", [&] { std::filesystem::remove(file()); } },
             { "cat",
                 [&] { seen += name.toStdString() + ": " + esc(QString::fromStdString(readFile(file()))) + "\n"; } },
             { "printer",

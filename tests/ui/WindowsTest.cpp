@@ -212,26 +212,31 @@ const Journey journeys[] = {
               "000000600600\r\n002001000004005\r\nbbbaa; write quiz.kqb.usr.score5 "
               "000000600600\r\n001002003004005\r\naaaab; write quiz.kqb.usr.score6 "
               "000000600600\r\n001002003004005\r\naaaaa; write exam.kqb.usr.score1 000000400400\r\n001002003\r\naaa; "
-              "restart; start",
-                "mnuScore01(0)[KESTA Exam Demo (Saved on: <file date>)]\nmnuScore01(1)[KESTA Quiz Demo (Saved on: "
-                "<file date>)]\nmnuScore01(2)[KESTA Quiz Demo (Saved on: <file date>)]\nmnuScore01(3)[KESTA Quiz Demo "
-                "(Saved on: <file date>)]\nmnuScore01(4)[KESTA Quiz Demo (Saved on: <file date>)]\nmnuScore01(5)[KESTA "
-                "Quiz Demo (Saved on: <file date>)]\n" },
+              "write exam.kqb.usr 000700200209\r\n001002003\r\nab; restart; start",
+                "ch01(0)[KESTA Exam Demo]\nmnuScore01(0)[KESTA Exam Demo (Saved on: <file date>)]\n"
+                "mnuScore01(1)[KESTA Quiz Demo (Saved on: <file date>)]\n"
+                "mnuScore01(2)[KESTA Quiz Demo (Saved on: <file date>)]\n"
+                "mnuScore01(3)[KESTA Quiz Demo (Saved on: <file date>)]\n"
+                "mnuScore01(4)[KESTA Quiz Demo (Saved on: <file date>)]\n"
+                "mnuScore01(5)[KESTA Quiz Demo (Saved on: <file date>)]\n" },
             { "> click Dialog1/CancelButton; close Form1", "" },
             { "menu mnuScore01(1); look; click Form2/Command3; click Dialog2/Command2; menu mnuScore01(0); look; click "
               "Form2/Command3; click Dialog2/Command2; menu mnuScore01(4); click Form2/Expl_Next; click "
               "Form2/Expl_Next",
-                "-Form1\nForm2[Results]\nForm2/Command3[Close Explanation]\nForm2/Expl_Exit[Exit KESTA "
-                "DEMO]\nForm2/Frame1[]\nForm2/Frame2[]\nForm2/Label1[Score:]\nForm2/Label2[100%]\nForm2/"
-                "QuestionNumber[]\nForm2/WebBrowser1[CONGRATULATIONS! You've got a Perfect Score!]\nOpen Existing "
-                "Domain Quiz: Your previous Domain Quiz has been opened.\\r\\nPress OK to "
-                "continue.\nForm2/Expl_Next[Next Explanation]\nForm2/Label2[33%]\nForm2/QuestionNumber[Chapter: KESTA "
-                "Exam Demo | Question 1 of 2]\nForm2/WebBrowser1[Q2 Your answer: A The correct answer is: B "
-                "Explanation: E2]\nOpen Existing Exam: Your previous Exam has been opened.\\r\\nPress OK to "
-                "continue.\n-Form2/Expl_Next\nForm2/Expl_Back[Previous "
-                "Explanation]\nForm2/Label2[40%]\nForm2/QuestionNumber[Chapter: KESTA Quiz Demo | Question 3 of "
-                "3]\nForm2/WebBrowser1[Your answer: NONE The correct answer is: Explanation:]\nOpen Existing Domain "
-                "Quiz:\n" },
+                "-Form1\nForm2[Results]\nForm2/Command3[Close Explanation]\nForm2/Expl_Exit[Exit KESTA DEMO]\n"
+                "Form2/Frame1[]\nForm2/Frame2[]\nForm2/Label1[Score:]\nForm2/Label2[100%]\nForm2/QuestionNumber[]\n"
+                "Form2/WebBrowser1[CONGRATULATIONS! You've got a Perfect Score!]\n"
+                "Open Existing Domain Quiz: Your previous Domain Quiz has been opened.\\r\\nPress OK to continue.\n"
+                "Form2/Expl_Next[Next Explanation]\nForm2/Label2[33%]\n"
+                "Form2/QuestionNumber[Chapter: KESTA Exam Demo | Question 1 of 2]\n"
+                "Form2/WebBrowser1[Q2 Your answer: A The correct answer is: B Explanation: E2]\n"
+                "Open Existing Exam: Your previous Exam has been opened.\\r\\nPress OK to continue.\n"
+                "-Form2/Expl_Next\nForm2/Expl_Back[Previous Explanation]\nForm2/Label2[40%]\n"
+                "Form2/QuestionNumber[Chapter: KESTA Quiz Demo | Question 3 of 3]\n"
+                "Form2/WebBrowser1[Your answer: NONE The correct answer is: Explanation:]\n"
+                "Open Existing Domain Quiz:\n" },
+            { "rm exam.kqb.usr; click Form2/Command3; click Dialog2/Command2",
+                "-Form2\n-ProgressBar1\n+Form1\nch01(0)[KESTA Exam Demo] off\n" }, // the saved exam gone
         } },
     { "TimeUpClosesEveryDialogAndOpensTheResults",
         {
@@ -322,7 +327,7 @@ const Journey journeys[] = {
             { "restart; splash; key Space frmSplash", "" },
             { "restart; splash; tick frmSplash/Timer2", "" },
             { "progress",
-                "frmProgressBar[Progress] 200,345 400x110 Arial 9pt\n"
+                "job\nfrmProgressBar[Progress] 200,345 400x110 Arial 9pt\n"
                 "frmProgressBar/ProgressBar1[0 of 0-100 0%] 16,60 368x24\n"
                 "frmProgressBar/lblProgress[This process will take a moment or two. Please wait.] 16,14 368x36 wrap\n"
                 "-frmProgressBar\n" },
