@@ -121,8 +121,10 @@ const Journey journeys[] = {
                 "-Back_Command1\n-Dialog3\nNum_Label1[Chapter: KESTA Quiz Demo | Question 1 of 5]\nOption1[A*]\n"
                 "Option4[D]\nWebBrowser1[Q1]\nBack_Command1[Previous Question]\n"
                 "Num_Label1[Chapter: KESTA Quiz Demo | Question 2 of 5]\nOption1[A]\nOption4[D*]\nWebBrowser1[Q5]\n" },
-            { "click Command2; click Option3; click Command2; key B; click Command2; full; key A; click Command2; cat "
+            { "click Command2; click Option3; click Command2; look; key B; click Command2; full; key A; click "
+              "Command2; cat "
               "quiz.kqb.usr.score1",
+                "Num_Label1[Chapter: KESTA Quiz Demo | Question 4 of 5]\nOption4[D]\nWebBrowser1[Q4]\n"
                 "quiz.kqb.usr.score1: 000700600630\\r\\n001005003004002\\r\\nadcba\n-Form1\n"
                 "Form2[Results] 2,2 780x600\n"
                 "Form2/Command3[Close Explanation] 12,39 190x30 ~Click here to close the Explanation window and return "
@@ -159,7 +161,7 @@ const Journey journeys[] = {
             { "cat quiz.kqb.usr; write exam.kqb.usr 000700400409\r\n003002001\r\nacc; restart; start; menu r01(0); "
               "look; menu ch01(0)",
                 "quiz.kqb.usr: 000700200230\\r\\n001005003004002\\r\\nad\n+Back_Command1\n+Command2\n+EndExam\n"
-                "+Label3\nNum_Label1[KESTA Quiz Demo | Question 2 of 5]\n+Option1\n+Option2\n+Option3\nOption4[D]\n"
+                "+Label3\nNum_Label1[KESTA Quiz Demo | Question 2 of 5]\n+Option1\n+Option2\n+Option3\n+Option4\n"
                 "Save_Progress[Save Domain Quiz or Exam Progress]\n+TimeLeft\n+Time_Left\n+Timer1\n+ViewAnswer\n"
                 "WebBrowser1[Q2]\nch01(0)[KESTA Exam Demo]\nmnuPrintQuestions[Print Questions]\n"
                 "Load Existing Domain Quiz: Your previous Domain Quiz has been loaded.\\r\\nPress OK to continue.\n"
