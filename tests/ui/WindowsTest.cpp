@@ -89,18 +89,15 @@ const Journey journeys[] = {
         {
             { "full; menu Review1(0); click Start_Test; click Command2; click Option1; click Command2; key C; look; "
               "key Shift+D; key Alt+A; key Ctrl+B; key Meta+C; key E",
-                "-ProgressBar1\n"
-                "Back_Command1[Previous Question] 12,80 160x30 ~Click here to go to the previous question\n"
-                "Command2[Next Question] 184,80 160x30 ~Click here to go to the next question\n"
+                "-ProgressBar1\nBack_Command1[Previous Question] 12,80 160x30 ~Click here to go to the previous "
+                "question\nCommand2[Next Question] 184,80 160x30 ~Click here to go to the next question\n"
                 "EndExam[End Domain Quiz] 528,80 180x30 ~Click here to end the current exam\n"
                 "Label3[Choose the best answer and select the corresponding letter below.] 12,8 696x22 ~Choose an "
-                "answer from the letters below:\n"
-                "Num_Label1[Chapter: KESTA Quiz Demo | Question 2 of 5] 8,12 500x22\nOption1[A] 180,38 80x26\n"
-                "Option2[B] 280,38 80x26\nOption3[C*] 380,38 80x26\nOption4[D] 480,38 80x26\n"
+                "answer from the letters below:\nNum_Label1[Chapter: KESTA Quiz Demo | Question 2 of 5] 8,12 500x22\n"
+                "Option1[A] 180,38 80x26\nOption2[B] 280,38 80x26\nOption3[C*] 380,38 80x26\nOption4[D] 480,38 80x26\n"
                 "Save_Progress[Save Domain Quiz or Exam Progress]\nTimeLeft[] 624,12 90x22 ~Time Left\n"
-                "Time_Left[Time Left:] 540,12 80x22 ~Time Left\nTimer1 on\n"
-                "ViewAnswer[View Answer] 356,80 160x30 ~Click here to begin the test\nWebBrowser1[Q5]\n"
-                "mnuPrintQuestions[Print Questions]\n"
+                "Time_Left[Time Left:] 540,12 80x22 ~Time Left\nTimer1 on\nViewAnswer[View Answer] 356,80 160x30 "
+                "~Click here to begin the test\nWebBrowser1[Q5]\nmnuPrintQuestions[Print Questions]\n"
                 "KESTA DEMO: The Domain Quiz will now begin. Press OK to continue.\n"
                 "KESTA DEMO: Please choose an answer from the choices below\nOption3[C]\nOption4[D*]\n" },
             { "> look & click Dialog1/OKButton; > look & click Form3/OKButton; menu quitMenuItem",
@@ -114,36 +111,32 @@ const Journey journeys[] = {
                 "or Domain Quiz', then choose the appropriate chapter.\nENDED 0\n" },
             { "full; > full & look & full & click Dialog3/OK; click ViewAnswer; click Back_Command1; look; click "
               "Command2",
-                "Dialog3[View Answer] 152,112 560x420 Arial 9pt\n"
-                "Dialog3/OK[OK] 230,376 100x30 default ~Click OK to go back to the main exam window.\n"
-                "Dialog3/WebBrowser1[Chapter: KESTA Quiz Demo, Question 2 of 5 Answer: A Explanation: E5] 12,12 "
-                "536x350\n"
-                "-Back_Command1\n-Dialog3\nNum_Label1[Chapter: KESTA Quiz Demo | Question 1 of 5]\nOption1[A*]\n"
-                "Option4[D]\nWebBrowser1[Q1]\nBack_Command1[Previous Question]\n"
-                "Num_Label1[Chapter: KESTA Quiz Demo | Question 2 of 5]\nOption1[A]\nOption4[D*]\nWebBrowser1[Q5]\n" },
+                "Dialog3[View Answer] 152,112 560x420 Arial 9pt\nDialog3/OK[OK] 230,376 100x30 default ~Click OK to go "
+                "back to the main exam window.\nDialog3/WebBrowser1[Chapter: KESTA Quiz Demo, Question 2 of 5 Answer: "
+                "A Explanation: E5] 12,12 536x350\n-Back_Command1\n-Dialog3\n"
+                "Num_Label1[Chapter: KESTA Quiz Demo | Question 1 of 5]\nOption1[A*]\nOption4[D]\nWebBrowser1[Q1]\n"
+                "Back_Command1[Previous Question]\nNum_Label1[Chapter: KESTA Quiz Demo | Question 2 of 5]\n"
+                "Option1[A]\nOption4[D*]\nWebBrowser1[Q5]\n" },
             { "click Command2; click Option3; click Command2; look; key B; click Command2; full; key A; click "
               "Command2; cat "
               "quiz.kqb.usr.score1",
                 "Num_Label1[Chapter: KESTA Quiz Demo | Question 4 of 5]\nOption4[D]\nWebBrowser1[Q4]\n"
                 "quiz.kqb.usr.score1: 000700600630\\r\\n001005003004002\\r\\nadcba\n-Form1\n"
-                "Form2[Results] 2,2 780x600\n"
-                "Form2/Command3[Close Explanation] 12,39 190x30 ~Click here to close the Explanation window and return "
-                "to the main screen\n"
-                "Form2/Expl_Exit[Exit KESTA DEMO] 12,75 190x30 ~Click here to exit KESTA Halvergrove\n"
-                "Form2/Expl_Next[Next Explanation] 214,39 190x30 ~Click here to see the explaination for the next "
-                "question you answered incorrectly\n"
+                "Form2[Results] 2,2 780x600\nForm2/Command3[Close Explanation] 12,39 190x30 ~Click here to close the "
+                "Explanation window and return to the main screen\nForm2/Expl_Exit[Exit KESTA DEMO] 12,75 190x30 "
+                "~Click here to exit KESTA Halvergrove\nForm2/Expl_Next[Next Explanation] 214,39 190x30 ~Click here to "
+                "see the explaination for the next question you answered incorrectly\n"
                 "Form2/Frame1[] 182,463 416x114 Arial 9pt\nForm2/Frame2[] 40,8 700x40 Arial 9pt\n"
                 "Form2/Label1[Score:] 8,9 52x22\nForm2/Label2[40%] 62,9 60x22 Arial 9pt bold\n"
                 "Form2/QuestionNumber[Chapter: KESTA Quiz Demo | Question 1 of 3] 140,9 552x22\n"
                 "Form2/WebBrowser1[Q5 Your answer: D The correct answer is: A Explanation: E5] 47,56 687x383\n"
-                "Save Score: Your current progress and score has been saved. \\r\\n\\r\\nIf you would like to open it "
-                "at any time, go to the file menu, select 'View Previous Scores', then choose the appropriate Exam or "
-                "Domain Quiz.\n" },
+                "Save Score: Your current progress and score has been saved. \\r\\n\\r\\n"
+                "If you would like to open it at any time, go to the file menu, select 'View Previous Scores', then "
+                "choose the appropriate Exam or Domain Quiz.\n" },
             { "full; click Form2/Expl_Next; look; click Form2/Expl_Next; look; click Form2/Expl_Back; look; click "
               "Form2/Expl_Back",
-                "Form2/Expl_Back[Previous Explanation]\n"
-                "Form2/QuestionNumber[Chapter: KESTA Quiz Demo | Question 2 of 3]\n"
-                "Form2/WebBrowser1[Q3 Your answer: C The correct answer is: A Explanation: E3]\n-Form2/Expl_Next\n"
+                "Form2/Expl_Back[Previous Explanation]\nForm2/QuestionNumber[Chapter: KESTA Quiz Demo | Question 2 of "
+                "3]\nForm2/WebBrowser1[Q3 Your answer: C The correct answer is: A Explanation: E3]\n-Form2/Expl_Next\n"
                 "Form2/QuestionNumber[Chapter: KESTA Quiz Demo | Question 3 of 3]\n"
                 "Form2/WebBrowser1[Q4 Your answer: B The correct answer is: A Explanation: E4]\n+Form2/Expl_Next\n"
                 "Form2/QuestionNumber[Chapter: KESTA Quiz Demo | Question 2 of 3]\n"
@@ -154,10 +147,9 @@ const Journey journeys[] = {
               "Dialog2/Command2",
                 "-Back_Command1\n-Command2\n-EndExam\n-Form2\n-Label3\n-Num_Label1\n-Option1\n-Option2\n-Option3\n"
                 "-Option4\n-TimeLeft\n-Time_Left\n-Timer1\n-ViewAnswer\n+Form1\n"
-                "Save_Progress[Save Domain Quiz or Exam Progress] off\n"
-                "WebBrowser1[Select a new Domain Quiz or Exam from the file menu to begin]\n"
-                "mnuPrintQuestions[Print Questions] off\nmnuScore01(0)[KESTA Quiz Demo (Saved on: <file date>)]\n"
-                "r01(0)[KESTA Quiz Demo]\n" },
+                "Save_Progress[Save Domain Quiz or Exam Progress] off\nWebBrowser1[Select a new Domain Quiz or Exam "
+                "from the file menu to begin]\nmnuPrintQuestions[Print Questions] off\n"
+                "mnuScore01(0)[KESTA Quiz Demo (Saved on: <file date>)]\nr01(0)[KESTA Quiz Demo]\n" },
             { "cat quiz.kqb.usr; write exam.kqb.usr 000700400409\r\n003002001\r\nacc; restart; start; menu r01(0); "
               "look; menu ch01(0)",
                 "quiz.kqb.usr: 000700200230\\r\\n001005003004002\\r\\nad\n+Back_Command1\n+Command2\n+EndExam\n"
@@ -167,9 +159,8 @@ const Journey journeys[] = {
                 "Load Existing Domain Quiz: Your previous Domain Quiz has been loaded.\\r\\nPress OK to continue.\n"
                 "-Command2\nEndExam[End Exam]\nFinish[Finish]\nNum_Label1[]\n"
                 "WebBrowser1[Click 'Finish' to end and score your Exam, or click the 'Previous' button to go back and "
-                "re-check your test]\n"
-                "Load Existing Exam: Your previous Exam has been loaded.\\r\\nPress OK to continue.\n"
-                "KESTA DEMO: Press the 'Finish' button to end and score your Exam.\n" },
+                "re-check your test]\nLoad Existing Exam: Your previous Exam has been loaded.\\r\\n"
+                "Press OK to continue.\nKESTA DEMO: Press the 'Finish' button to end and score your Exam.\n" },
             { "write exam.kqb.usr 000700300409\r\n003002001\r\nac; menu ch01(0)",
                 "-Finish\n+Command2\nNum_Label1[KESTA Exam Demo | Question 3 of 3]\nWebBrowser1[Q3]\n"
                 "Load Existing Exam:\n" },
@@ -182,29 +173,22 @@ const Journey journeys[] = {
                 "frmAbout[About KESTA DEMO] 212,204 440x236\nfrmAbout/Line1[] 16,150 408x4\n"
                 "frmAbout/cmdOK[OK] 164,178 120x30 default\nfrmAbout/cmdSysInfo[&System Info...] 296,178 120x30\n"
                 "frmAbout/lblDescription[KESTA DEMO\\nPractice exams and domain quizzes for the KESTA certification.] "
-                "24,82 392x60 wrap\n"
-                "frmAbout/lblTitle[KESTA DEMO] 24,18 392x30 Sans Serif 14pt bold\n"
+                "24,82 392x60 wrap\nfrmAbout/lblTitle[KESTA DEMO] 24,18 392x30 Sans Serif 14pt bold\n"
                 "frmAbout/lblVersion[Version 12.11.23] 24,52 392x22\n-frmAbout\n"
                 "KESTA DEMO: System Information Is Unavailable At This Time\n" },
             { "full; > look & click Dialog1/CancelButton; close Form1",
-                "Dialog1[Exit KESTA DEMO]\nDialog1/CancelButton[Cancel]\n"
-                "Dialog1/Label1[Are you sure you wish to exit KESTA DEMO?]\nDialog1/OKButton[OK]\n-Dialog1\n" },
-            { "menu Chapter1(0); click Start_Test; click EndExam",
-                "-ProgressBar1\nCommand2[Next Question]\nDialog[End Exam]\nDialog/CancelButton[No]\n"
-                "Dialog/Label1[Are you sure you wish to terminate the current exam?]\nDialog/OKButton[Yes]\n"
-                "EndExam[End Exam]\nLabel3[Choose the best answer and select the corresponding letter below.]\n"
-                "Num_Label1[Chapter: KESTA Exam Demo | Question 1 of 3]\nOption1[A]\nOption2[B]\nOption3[C]\n"
-                "Option4[D]\nSave_Progress[Save Domain Quiz or Exam Progress]\nTimeLeft[]\nTime_Left[Time Left:]\n"
-                "Timer1 on\nViewAnswer[View Answer]\nWebBrowser1[Q1]\nmnuPrintQuestions[Print Questions]\n"
-                "KESTA DEMO: The exam will now begin. Press OK to continue.\n" },
+                "Dialog1[Exit KESTA DEMO]\nDialog1/CancelButton[Cancel]\nDialog1/Label1[Are you sure you wish to exit "
+                "KESTA DEMO?]\nDialog1/OKButton[OK]\n-Dialog1\n" },
+            { "menu Chapter1(0); click Start_Test; glance; click EndExam",
+                "Dialog[End Exam]\nDialog/CancelButton[No]\nDialog/Label1[Are you sure you wish to terminate the "
+                "current exam?]\nDialog/OKButton[Yes]\n" },
             { "key Esc Dialog; click EndExam; look; click EndExam", "" },
             { "> look & key Esc Form3; click Dialog/OKButton",
-                "Form3[Save Progress]\nForm3/CancelButton[No]\n"
-                "Form3/Label1[Would you like to save your progress before continuing?]\nForm3/OKButton[Yes]\n"
-                "-Command2\n-Dialog\n-EndExam\n-Form3\n-Label3\n-Num_Label1\n-Option1\n-Option2\n-Option3\n-Option4\n"
-                "-TimeLeft\n-Time_Left\n-Timer1\n-ViewAnswer\nSave_Progress[Save Domain Quiz or Exam Progress] off\n"
-                "WebBrowser1[Select a new Domain Quiz or Exam from the file menu to begin]\n"
-                "mnuPrintQuestions[Print Questions] off\n" },
+                "Form3[Save Progress]\nForm3/CancelButton[No]\nForm3/Label1[Would you like to save your progress "
+                "before continuing?]\nForm3/OKButton[Yes]\n-Command2\n-Dialog\n-EndExam\n-Form3\n-Label3\n"
+                "-Num_Label1\n-Option1\n-Option2\n-Option3\n-Option4\n-TimeLeft\n-Time_Left\n-Timer1\n-ViewAnswer\n"
+                "Save_Progress[Save Domain Quiz or Exam Progress] off\nWebBrowser1[Select a new Domain Quiz or Exam "
+                "from the file menu to begin]\nmnuPrintQuestions[Print Questions] off\n" },
         } },
     { "FiveAndSixScoresAreListedAndReopened",
         {
@@ -216,11 +200,10 @@ const Journey journeys[] = {
               "000000600600\r\n001002003004005\r\naaaaa; write exam.kqb.usr.score1 000000400400\r\n001002003\r\naaa; "
               "write exam.kqb.usr 000700200209\r\n001002003\r\nab; restart; start",
                 "ch01(0)[KESTA Exam Demo]\nmnuScore01(0)[KESTA Exam Demo (Saved on: <file date>)]\n"
-                "mnuScore01(1)[KESTA Quiz Demo (Saved on: <file date>)]\n"
-                "mnuScore01(2)[KESTA Quiz Demo (Saved on: <file date>)]\n"
-                "mnuScore01(3)[KESTA Quiz Demo (Saved on: <file date>)]\n"
-                "mnuScore01(4)[KESTA Quiz Demo (Saved on: <file date>)]\n"
-                "mnuScore01(5)[KESTA Quiz Demo (Saved on: <file date>)]\n" },
+                "mnuScore01(1)[KESTA Quiz Demo (Saved on: <file date>)]\nmnuScore01(2)[KESTA Quiz Demo (Saved on: "
+                "<file date>)]\nmnuScore01(3)[KESTA Quiz Demo (Saved on: <file date>)]\n"
+                "mnuScore01(4)[KESTA Quiz Demo (Saved on: <file date>)]\nmnuScore01(5)[KESTA Quiz Demo (Saved on: "
+                "<file date>)]\n" },
             { "> click Dialog1/CancelButton; close Form1", "" },
             { "menu mnuScore01(1); look; click Form2/Command3; click Dialog2/Command2; menu mnuScore01(0); look; click "
               "Form2/Command3; click Dialog2/Command2; menu mnuScore01(4); click Form2/Expl_Next; click "
@@ -229,31 +212,23 @@ const Journey journeys[] = {
                 "Form2/Frame1[]\nForm2/Frame2[]\nForm2/Label1[Score:]\nForm2/Label2[100%]\nForm2/QuestionNumber[]\n"
                 "Form2/WebBrowser1[CONGRATULATIONS! You've got a Perfect Score!]\n"
                 "Open Existing Domain Quiz: Your previous Domain Quiz has been opened.\\r\\nPress OK to continue.\n"
-                "Form2/Expl_Next[Next Explanation]\nForm2/Label2[33%]\n"
-                "Form2/QuestionNumber[Chapter: KESTA Exam Demo | Question 1 of 2]\n"
-                "Form2/WebBrowser1[Q2 Your answer: A The correct answer is: B Explanation: E2]\n"
+                "Form2/Expl_Next[Next Explanation]\nForm2/Label2[33%]\nForm2/QuestionNumber[Chapter: KESTA Exam Demo | "
+                "Question 1 of 2]\nForm2/WebBrowser1[Q2 Your answer: A The correct answer is: B Explanation: E2]\n"
                 "Open Existing Exam: Your previous Exam has been opened.\\r\\nPress OK to continue.\n"
                 "-Form2/Expl_Next\nForm2/Expl_Back[Previous Explanation]\nForm2/Label2[40%]\n"
                 "Form2/QuestionNumber[Chapter: KESTA Quiz Demo | Question 3 of 3]\n"
-                "Form2/WebBrowser1[Your answer: NONE The correct answer is: Explanation:]\n"
-                "Open Existing Domain Quiz:\n" },
+                "Form2/WebBrowser1[Your answer: NONE The correct answer is: Explanation:]\nOpen Existing Domain "
+                "Quiz:\n" },
             { "rm exam.kqb.usr; click Form2/Command3; click Dialog2/Command2",
                 "-Form2\n-ProgressBar1\n+Form1\nch01(0)[KESTA Exam Demo] off\n" }, // the saved exam gone
         } },
     { "TimeUpClosesEveryDialogAndOpensTheResults",
         {
-            { "write option.usr 1\r\n0\r\n0\r\n0\r\n1\r\n5; menu Review1(0); click Start_Test",
-                "-ProgressBar1\nCommand2[Next Question]\nEndExam[End Domain Quiz]\n"
-                "Label3[Choose the best answer and select the corresponding letter below.]\n"
-                "Num_Label1[Chapter: KESTA Quiz Demo | Question 1 of 5]\nOption1[A]\nOption2[B]\nOption3[C]\n"
-                "Option4[D]\nSave_Progress[Save Domain Quiz or Exam Progress]\nTimeLeft[]\nTime_Left[Time Left:]\n"
-                "Timer1 on\nViewAnswer[View Answer]\nWebBrowser1[Q1]\nmnuPrintQuestions[Print Questions]\n"
-                "KESTA DEMO: The Domain Quiz will now begin. Press OK to continue.\n" },
-            { "tick Timer1 4", "TimeLeft[0:0:1]\n" },
+            { "write option.usr 1\r\n0\r\n0\r\n0\r\n1\r\n5; menu Review1(0); click Start_Test; glance; tick Timer1 4",
+                "TimeLeft[0:0:1]\n" },
             { "click EndExam; > tick Timer1 & look & tick Timer1 & look & tick Timer2 & look; click ViewAnswer",
-                "Dialog[End Exam]\nDialog/CancelButton[No]\n"
-                "Dialog/Label1[Are you sure you wish to terminate the current Domain Quiz?]\nDialog/OKButton[Yes]\n"
-                "Dialog3[View Answer]\nDialog3/OK[OK]\n"
+                "Dialog[End Exam]\nDialog/CancelButton[No]\nDialog/Label1[Are you sure you wish to terminate the "
+                "current Domain Quiz?]\nDialog/OKButton[Yes]\nDialog3[View Answer]\nDialog3/OK[OK]\n"
                 "Dialog3/WebBrowser1[Chapter: KESTA Quiz Demo, Question 1 of 5 Answer: A Explanation: E1]\n"
                 "TimeLeft[0:0:0]\n-Command2\n-EndExam\n-Label3\n-Num_Label1\n-Option1\n-Option2\n-Option3\n-Option4\n"
                 "-Timer1\nTimer2 on\nWebBrowser1[Time Up.]\nbeep\n-Dialog\n-Dialog3\n-Form1\nForm2[Results]\n"
@@ -261,9 +236,9 @@ const Journey journeys[] = {
                 "Form2/Expl_Next[Next Explanation]\nForm2/Frame1[]\nForm2/Frame2[]\nForm2/Label1[Score:]\n"
                 "Form2/Label2[0%]\nForm2/QuestionNumber[Chapter: KESTA Quiz Demo | Question 1 of 5]\n"
                 "Form2/WebBrowser1[Q1 Your answer: The correct answer is: A Explanation: E1]\n"
-                "Save Score: Your current progress and score has been saved. \\r\\n\\r\\nIf you would like to open it "
-                "at any time, go to the file menu, select 'View Previous Scores', then choose the appropriate Exam or "
-                "Domain Quiz.\n" },
+                "Save Score: Your current progress and score has been saved. \\r\\n\\r\\n"
+                "If you would like to open it at any time, go to the file menu, select 'View Previous Scores', then "
+                "choose the appropriate Exam or Domain Quiz.\n" },
             { "click Form2/Command3; click Dialog2/Command2; menu Review1(0); click Start_Test; tick Timer1 5; > tick "
               "Timer1 & tick Timer2 & look; menu AboutItem",
                 "Form2/WebBrowser1[Q4 Your answer: The correct answer is: A Explanation: E4]\nKESTA DEMO:\n"
@@ -280,11 +255,10 @@ const Journey journeys[] = {
     { "PrintedTwiceOnPaperAndWithoutAPrinter",
         {
             { "menu Chapter1(0); printer paper; menu mnuPrintQuestions; menu mnuPrintQuestions; printed",
-                "paper: Question 1\\nQ1\\nExplanation:\\nE1\\nAnswer:\\na1.\\nQuestion "
-                "2\\nQ2\\nExplanation:\\nE2\\nAnswer:\\nb1.\\nQuestion "
-                "3\\nQ3\\nExplanation:\\nE3\\nAnswer:\\nc1.\\n\\n\f\n"
-                "-ProgressBar1\nEndExam[End Exam]\nStart_Test[Start Exam]\nWebBrowser1[i1 i2 i3]\n"
-                "mnuPrintQuestions[Print Questions]\n" },
+                "paper: Question 1\\nQ1\\nExplanation:\\nE1\\nAnswer:\\na1.\\nQuestion 2\\nQ2\\nExplanation:\\nE2\\n"
+                "Answer:\\nb1.\\nQuestion 3\\nQ3\\nExplanation:\\nE3\\nAnswer:\\nc1.\\n\\n\f\n-ProgressBar1\n"
+                "EndExam[End Exam]\nStart_Test[Start Exam]\nWebBrowser1[i1 i2 i3]\nmnuPrintQuestions[Print "
+                "Questions]\n" },
             { "printer none; menu mnuPrintQuestions", "KESTA DEMO: There was a problem printing to your printer.\n" },
         } },
     { "OptionsWizardFinishedAndCancelled",
@@ -292,24 +266,19 @@ const Journey journeys[] = {
             { "full; write option.usr 7\r\n-2\r\n0\r\n2\r\n15\r\n20; > look & pick Config_Wizard_01/Combo1 9 & click "
               "Config_Wizard_01/Cancel; menu mnuOptions; cat option.usr",
                 "Config_Wizard_01[Configuration Wizard] 246,204 372x236 Arial 9pt\n"
-                "Config_Wizard_01/Cancel[Cancel] 136,190 106x30\n"
-                "Config_Wizard_01/Combo1[Hour=0 of 0-24] 16,70 90x26\n"
-                "Config_Wizard_01/Combo2[Minute=2 of 0-59] 122,70 90x26\n"
-                "Config_Wizard_01/Combo3[Second=15 of 0-59] 228,70 90x26\n"
-                "Config_Wizard_01/Combo4[Question Font Size= of 0-12] 228,112 90x26\n"
-                "Config_Wizard_01/Frame1[Question Settings] 12,10 348x166\n"
-                "Config_Wizard_01/Label1[Time for Each Question] 16,26 300x20\n"
-                "Config_Wizard_01/Label2[Hour] 16,50 90x18\nConfig_Wizard_01/Label3[Minute] 122,50 90x18\n"
-                "Config_Wizard_01/Label4[Second] 228,50 90x18\n"
-                "Config_Wizard_01/Label5[Question Font Size] 16,114 190x22\n"
-                "Config_Wizard_01/Next[Finish] 254,190 106x30 default\n"
-                "option.usr: 7\\r\\n-2\\r\\n0\\r\\n2\\r\\n15\\r\\n20\n-Config_Wizard_01\n" },
+                "Config_Wizard_01/Cancel[Cancel] 136,190 106x30\nConfig_Wizard_01/Combo1[Hour=0 of 0-24] 16,70 90x26\n"
+                "Config_Wizard_01/Combo2[Minute=2 of 0-59] 122,70 90x26\nConfig_Wizard_01/Combo3[Second=15 of 0-59] "
+                "228,70 90x26\nConfig_Wizard_01/Combo4[Question Font Size= of 0-12] 228,112 90x26\n"
+                "Config_Wizard_01/Frame1[Question Settings] 12,10 348x166\nConfig_Wizard_01/Label1[Time for Each "
+                "Question] 16,26 300x20\nConfig_Wizard_01/Label2[Hour] 16,50 90x18\n"
+                "Config_Wizard_01/Label3[Minute] 122,50 90x18\nConfig_Wizard_01/Label4[Second] 228,50 90x18\n"
+                "Config_Wizard_01/Label5[Question Font Size] 16,114 190x22\nConfig_Wizard_01/Next[Finish] 254,190 "
+                "106x30 default\noption.usr: 7\\r\\n-2\\r\\n0\\r\\n2\\r\\n15\\r\\n20\n-Config_Wizard_01\n" },
             { "> pick Config_Wizard_01/Combo1 2 & pick Config_Wizard_01/Combo2 0 & pick Config_Wizard_01/Combo4 12 & "
               "type Config_Wizard_01/Combo3 \b\b45 & click Config_Wizard_01/Next; menu mnuOptions; cat option.usr",
-                "option.usr: 7\\r\\n-2\\r\\n2\\r\\n0\\r\\n45\\r\\n12\n"
-                "KESTA DEMO: If you have modified the time per question, the change will take place upon loading a new "
-                "chapter.\\r\\n\\r\\nIf you have modified the font size, the change will take place when a new "
-                "question is loaded.\n" },
+                "option.usr: 7\\r\\n-2\\r\\n2\\r\\n0\\r\\n45\\r\\n12\nKESTA DEMO: If you have modified the time per "
+                "question, the change will take place upon loading a new chapter.\\r\\n\\r\\n"
+                "If you have modified the font size, the change will take place when a new question is loaded.\n" },
             { "> type Config_Wizard_01/Combo2 soon & click Config_Wizard_01/Next; menu mnuOptions",
                 "+Config_Wizard_01\nConfig_Wizard_01/Combo1[Hour=2 of 0-24]\nConfig_Wizard_01/Combo2[Minute=0soon of "
                 "0-59]\nConfig_Wizard_01/Combo3[Second=45 of 0-59]\nConfig_Wizard_01/Combo4[Question Font Size=12 of "
@@ -320,24 +289,23 @@ const Journey journeys[] = {
             { "full; restart; splash",
                 "-Form1\nfrmSplash[] 140,250 520x300 Arial 9pt\nfrmSplash/Frame1[] 10,10 500x280\n"
                 "frmSplash/Timer2 on\nfrmSplash/lblProductName[KESTA DEMO] 20,50 460x56 Arial 28pt bold\n"
-                "frmSplash/lblVersion[Version 12.11.23] 20,116 460x24\n"
-                "frmSplash/lblWarning[Warning: this program is protected by copyright law. The questions are for "
-                "practice only and are not those of the certification exam.] 20,190 460x60 wrap\n" },
+                "frmSplash/lblVersion[Version 12.11.23] 20,116 460x24\nfrmSplash/lblWarning[Warning: this program is "
+                "protected by copyright law. The questions are for practice only and are not those of the "
+                "certification exam.] 20,190 460x60 wrap\n" },
             { "click frmSplash", "-frmSplash\nForm1[KESTA DEMO] 2,2 860x640\n" },
             { "restart; splash; click frmSplash/Frame1", "" },
             { "restart; splash; click frmSplash/lblWarning", "" },
             { "restart; splash; key Space frmSplash", "" },
             { "restart; splash; tick frmSplash/Timer2", "" },
             { "progress",
-                "job\nfrmProgressBar[Progress] 200,345 400x110 Arial 9pt\n"
-                "frmProgressBar/ProgressBar1[0 of 0-100 0%] 16,60 368x24\n"
-                "frmProgressBar/lblProgress[This process will take a moment or two. Please wait.] 16,14 368x36 wrap\n"
-                "-frmProgressBar\n" },
+                "job\nfrmProgressBar[Progress] 200,345 400x110 Arial 9pt\nfrmProgressBar/ProgressBar1[0 of 0-100 0%] "
+                "16,60 368x24\nfrmProgressBar/lblProgress[This process will take a moment or two. Please wait.] 16,14 "
+                "368x36 wrap\n-frmProgressBar\n" },
             { "resize Form1 900 700",
                 "ClientArea[] 0,19 900x660\nForm1[KESTA DEMO] 2,2 900x700\nFrame1[] 90,487 720x150 Arial 9pt\n"
                 "Frame2[] 90,6 720x44 Arial 9pt\nPanel3[Ready] 354,3 546x16\nProgressBar1[0 of 0-100 ] 128,3 220x21\n"
-                "StatusBar1[] 0,679 900x21\n"
-                "WebBrowser1[Select a new Domain Quiz or Exam from the file menu to begin] 47,56 807x407\n" },
+                "StatusBar1[] 0,679 900x21\nWebBrowser1[Select a new Domain Quiz or Exam from the file menu to begin] "
+                "47,56 807x407\n" },
             { "resize Form1 max",
                 "ClientArea[] 0,19 796x756\nForm1[KESTA DEMO] 2,2 796x796\nFrame1[] 38,583 720x150 Arial 9pt\n"
                 "Frame2[] 38,6 720x44 Arial 9pt\nPanel3[Ready] 354,3 442x16\nStatusBar1[] 0,775 796x21\n"
