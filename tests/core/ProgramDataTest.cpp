@@ -36,15 +36,6 @@ using test::writeFile;
 
 class ProgramDataTest : public test::DataTreeTest {
 protected:
-    // The locations of the log entries written since the log was last removed, one per line.
-    std::string locations()
-    {
-        std::string text = log(), found;
-        for (auto p = text.find("Location: "); p != std::string::npos; p = text.find("Location: ", p + 1))
-            found += text.substr(p + 10, text.find('\r', p) - p - 10) + "\n";
-        fs::remove(folders.errorLogPath());
-        return found;
-    }
     // The names in the user folder, each followed by its content.
     std::string userFiles() const
     {
@@ -266,7 +257,7 @@ TEST_F(ErrorLogTest, EachReportAppendsOneWholeEntryAndDetailsGainABlankTheCaller
     EXPECT_EQ(log(), entry("Type mismatch [13]", "Permission denied\r\n", "Program_Data.File_Exists") +
                          entry("Custom [9999]", "[FILE]exam01.kqb. ", "Form1.Chapter1_Click()"));
     EXPECT_EQ(details + "|" + none + SystemErrorText(123456) + "|" + std::to_string(host.messages.size()),
-              "[FILE]exam01.kqb. ||0");
+        "[FILE]exam01.kqb. ||0");
     EXPECT_EQ(trapNonFatal(reporter, "Dir_Exists", 7, []() -> int { throw err::make(err::PathFileAccess); }), 7);
     EXPECT_NE(log().find("Location: Program_Data.Dir_Exists\r\n"), std::string::npos);
 }

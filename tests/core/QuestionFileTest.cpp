@@ -123,9 +123,9 @@ std::string decrypt(const Bytes& cipher, const Bytes& pass = password)
 TEST(RijndaelTest, FramingWritesHeaderMessageAndPaddingAndTheHeaderAndKeyDecideWhatComesBack)
 {
     // Both engines frame alike, whatever number of blocks a message takes; partial blocks give nothing.
-    for (const bool hardware : {true, false}) {
+    for (const bool hardware : { true, false }) {
         CRijndael::allowHardware(hardware);
-        for (const std::size_t length : {1u, 27u, 28u, 29u, 60u, 200u}) {
+        for (const std::size_t length : { 1u, 27u, 28u, 29u, 60u, 200u }) {
             const Bytes sealed = CRijndael().EncryptData(Bytes(length, 0x5A), password);
             Bytes longer = sealed;
             longer.push_back(0);

@@ -35,8 +35,9 @@ std::string orderOf(const SessionState& s, int last)
 TEST(ShuffleTest, APermutationDrawnWithOneSeedAPositionThatNeverStallsAndLateDrawingFillsOnlyTheFurthestSlot)
 {
     std::vector<std::string> orders;
-    for (const auto& [count, step] : {std::pair{1, 1}, {2, 1}, {999, 1}, {1000, 1}, {300, 0}, {300, 1}}) {
-        Seeds seeds{.step = static_cast<std::uint64_t>(step)};
+    for (const auto& [count, step] :
+        { std::pair { 1, 1 }, { 2, 1 }, { 999, 1 }, { 1000, 1 }, { 300, 0 }, { 300, 1 } }) {
+        Seeds seeds { .step = static_cast<std::uint64_t>(step) };
         QuestionDraw draw = seeds.draw();
         SessionState s;
         s.QuestionOrder[count] = 7; // left over from an earlier test
@@ -44,12 +45,12 @@ TEST(ShuffleTest, APermutationDrawnWithOneSeedAPositionThatNeverStallsAndLateDra
         orders.push_back(orderOf(s, count));
         std::vector<int> order(&s.QuestionOrder[1], &s.QuestionOrder[count] + 1);
         std::sort(order.begin(), order.end());
-        EXPECT_TRUE(order.front() == 1 && std::adjacent_find(order.begin(), order.end()) == order.end() &&
-                    order.back() == count && seeds.calls == count && s.RandomPick == s.QuestionOrder[count] &&
-                    s.QuestionOrder[0] == 0 && (count == 1000 || s.QuestionOrder[count + 1] == 0));
+        EXPECT_TRUE(order.front() == 1 && std::adjacent_find(order.begin(), order.end()) == order.end()
+            && order.back() == count && seeds.calls == count && s.RandomPick == s.QuestionOrder[count]
+            && s.QuestionOrder[0] == 0 && (count == 1000 || s.QuestionOrder[count + 1] == 0));
         shuffleQuestions(s, 0, draw);
         EXPECT_EQ(s.QuestionOrder[1] + errorOf([&] { shuffleQuestions(s, 1001, draw); }) + draw.pick(0),
-                  err::SubscriptOutOfRange + 1); // a pick from none is 1
+            err::SubscriptOutOfRange + 1); // a pick from none is 1
     }
     EXPECT_NE(orders[4], orders[5]); // seeds matter, and one seed does not stall it
 
