@@ -44,6 +44,12 @@ protected:
             all += exists(user(name)) ? std::string(name) + "=" + readFile(user(name)) + " " : "";
         return all;
     }
+    // One whole log entry as the reporter writes it at the host's time.
+    std::string entry(const std::string& description, const std::string& details, const std::string& location)
+    {
+        return "Date: " + formatLogDate(host.clock) + "\r\nDescription of Error: " + description + "\r\nDetails: " +
+               details + "\r\nSource: kesta-demo\r\nLocation: " + location + "\r\n\r\n***\r\n\r\n\r\n";
+    }
 };
 
 // Only a failure of the file system is logged; a missing file or folder is an answer.
@@ -239,14 +245,7 @@ TEST(NumbersTest, SixteenBitValuesRoundAndOverflowAndArraysKeepTheirBounds)
     EXPECT_EQ(err::make(err::SubscriptOutOfRange).description(), "Subscript out of range");
 }
 
-class ErrorLogTest : public test::DataTreeTest {
-protected:
-    std::string entry(const std::string& description, const std::string& details, const std::string& location)
-    {
-        return "Date: " + formatLogDate(host.clock) + "\r\nDescription of Error: " + description + "\r\nDetails: " +
-               details + "\r\nSource: kesta-demo\r\nLocation: " + location + "\r\n\r\n***\r\n\r\n\r\n";
-    }
-};
+using ErrorLogTest = ProgramDataTest;
 
 // The system's text follows the details with its own line end, so an empty line follows it.
 TEST_F(ErrorLogTest, EachReportAppendsOneWholeEntryAndDetailsGainABlankTheCallerSees)
@@ -285,7 +284,7 @@ TEST_F(ErrorLogTest, WithoutTheLogFolderAndWithoutATrapTheDefaultPathEndsTheProg
     EXPECT_FALSE(std::filesystem::exists(folders.LogDir));
 }
 
-using OptionsTest = test::DataTreeTest;
+using OptionsTest = ProgramDataTest;
 
 // Each file is read into options that all start at 9: what the options then
 // hold, the notice shown, and the file left behind. A file that cannot be
