@@ -258,10 +258,6 @@ TEST_F(QbankToolTest, EveryCommandAnswersWithItsOutputOrOneLineNamingFileAndLine
     for (const auto& entry : fs::directory_iterator(dir.path()))
         EXPECT_TRUE(entry.path().filename().string().front() != '.' && entry.path().filename() != no);
     EXPECT_EQ(readFile(dir / source), Bom + Quiz + q + "Answer: a\n");
-    const std::string imported = readFile(dir / "a.txt");
-    EXPECT_EQ(imported.substr(imported.find("\nQuestion")),
-        "\nQuestion: Which port?<br>\n<br>a) TCP 22\n<br>b) TCP 443\n<br>c) TCP 25\n<br>d) TCP 80\nExplanation: This "
-        "question comes without an explanation.\nAnswer: b\n");
     // Help goes to standard output, in the same words however asked.
     const std::string help = qbank("--help");
     EXPECT_EQ(std::vector({ help.substr(0, 58), qbank("-h"), qbank("help"), qbank("help dump") }),
@@ -274,13 +270,10 @@ TEST_F(QbankToolTest, EveryCommandAnswersWithItsOutputOrOneLineNamingFileAndLine
 // choice that points at others keeps its question in order.
 TEST_F(QbankToolTest, ImportDealsTheRightAnswersOverTheLetters)
 {
-    std::string gift;
-    for (int k = 1; k <= 8; ++k)
-        gift += "Q" + std::to_string(k)
-            + (k == 3        ? " {=w ~x ~y ~All of the above}\n\n"
-                    : k == 6 ? " {=w ~x ~Both ~z}\n\n"
-                             : " {=w ~x ~y ~z}\n\n");
-    file("first.gift", gift);
+    const std::string wxyz = " {=w ~x ~y ~z}\n\n";
+    file("first.gift",
+        "Q1" + wxyz + "Q2" + wxyz + "Q3 {=w ~x ~y ~All of the above}\n\nQ4" + wxyz + "Q5" + wxyz
+            + "Q6 {=w ~x ~Both ~z}\n\nQ7" + wxyz + "Q8" + wxyz);
     const auto answers = [&](const std::string& options) {
         qbank("import --from gift first.gift --title KESTA~Quiz~Demo --source-out o " + options);
         std::string letters, out = readFile(dir / "o");

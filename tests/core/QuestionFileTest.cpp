@@ -184,27 +184,24 @@ std::string lineOf(const Bytes& message)
 // UTF-8 becomes U+FFFD, an unpaired surrogate stays itself.
 TEST(CipherTest, TextRoundTripsThroughItsUtf16Units)
 {
-    const std::string replaced = "\xEF\xBF\xBD";
+    const std::string r = "\xEF\xBF\xBD"; // U+FFFD, the replacement character
+    // "=": the text comes back as it went in. "\x41" is an "A" after a byte that may open a character.
     const std::pair<std::string, std::string> cases[] = {
-        {"a", "a"}, {std::string(14, 'x'), std::string(14, 'x')}, {std::string(15, 'x'), std::string(15, 'x')},
-        {"tab\there, CR LF\r\n \"q\"", "tab\there, CR LF\r\n \"q\""},
-        {"ab\xC3\xA9\xE2\x82\xAC\xE4\xB8\xAD cd", "ab\xC3\xA9\xE2\x82\xAC\xE4\xB8\xAD cd"}, // é € 中 after ASCII
-        {"\xF0\x9F\x98\x80!", "\xF0\x9F\x98\x80!"},                                         // a surrogate pair
-        {"\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xEF\xBF\xBF\xF0\x90\x80\x80\xF4\x8F\xBF\xBF", // each length's bounds
-         "\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xEF\xBF\xBF\xF0\x90\x80\x80\xF4\x8F\xBF\xBF"},
-        {"\xED\xA0\x80" "A \xED\xB0\x80 \xED\xA0\x80", "\xED\xA0\x80" "A \xED\xB0\x80 \xED\xA0\x80"}, // unpaired
-        {"\xF5\x80\x80\x80", replaced + replaced + replaced + replaced}, // no lead byte past F4
-        {"\xC3", replaced}, {"\xE2\x82", replaced + replaced}, {"\xF0\x9F\x98", replaced + replaced + replaced},
-        {"\xE2" "A\x80", replaced + "A" + replaced}, {"\xF0\x9F\x98" "A", replaced + replaced + replaced + "A"},
-        {"\xF0\x9F" "A\x80", replaced + replaced + "A" + replaced},
-        {"\xC3\xA9x\xE2\x82" "A", "\xC3\xA9x" + replaced + replaced + "A"}, // what precedes a lead byte is no part of it
-        {"\xC3\xA9\xF0\x9F\x98" "A", "\xC3\xA9" + replaced + replaced + replaced + "A"},
-        {"\xC1\xBF", replaced + replaced}, {"\xE0\x9F\xBF", replaced},  // overlong forms
-        {"\xF0\x8F\xBF\xBF", replaced}, {"\xF4\x90\x80\x80", replaced}, // below U+10000, past U+10FFFF
-        {std::string(3000, 'q'), std::string(3000, 'q')},
+        { "a", "=" }, { std::string(14, 'x'), "=" }, { std::string(15, 'x'), "=" }, { std::string(3000, 'q'), "=" },
+        { "tab\there, CR LF\r\n \"q\"", "=" }, { "\xF0\x9F\x98\x80!", "=" }, // a surrogate pair
+        { "ab\xC3\xA9\xE2\x82\xAC\xE4\xB8\xAD cd", "=" }, // é € 中 after ASCII
+        { "\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xEF\xBF\xBF\xF0\x90\x80\x80\xF4\x8F\xBF\xBF", "=" }, // each length's bounds
+        { "\xED\xA0\x80\x41 \xED\xB0\x80 \xED\xA0\x80", "=" }, // unpaired surrogates
+        { "\xF5\x80\x80\x80", r + r + r + r }, // no lead byte past F4
+        { "\xC3", r }, { "\xE2\x82", r + r }, { "\xF0\x9F\x98", r + r + r }, { "\xE2\x41\x80", r + "A" + r },
+        { "\xF0\x9F\x98\x41", r + r + r + "A" }, { "\xF0\x9F\x41\x80", r + r + "A" + r },
+        { "\xC3\xA9x\xE2\x82\x41", "\xC3\xA9x" + r + r + "A" }, // what precedes a lead byte is no part of it
+        { "\xC3\xA9\xF0\x9F\x98\x41", "\xC3\xA9" + r + r + r + "A" }, // ... nor of a longer one
+        { "\xC1\xBF", r + r }, { "\xE0\x9F\xBF", r }, // overlong forms
+        { "\xF0\x8F\xBF\xBF", r }, { "\xF4\x90\x80\x80", r }, // below U+10000, past U+10FFFF
     };
     for (const auto& [text, back] : cases)
-        EXPECT_EQ(deciphered(EncryptString(text, QuestionPassPhrase)), back) << text;
+        EXPECT_EQ(deciphered(EncryptString(text, QuestionPassPhrase)), back == "=" ? text : back) << text;
     // "Hé" is 48 00 E9 00 in UTF-16LE, framed and written in upper-case hex.
     EXPECT_EQ(EncryptString("H\xC3\xA9", QuestionPassPhrase), lineOf({0x48, 0x00, 0xE9, 0x00}));
     EXPECT_EQ(EncryptString("", QuestionPassPhrase), "");
