@@ -255,8 +255,6 @@ TEST_F(ErrorLogTest, EachReportAppendsOneWholeEntryAndDetailsGainABlankTheCaller
                          entry("Custom [9999]", "[FILE]exam01.kqb. ", "Form1.Chapter1_Click()"));
     EXPECT_EQ(details + "|" + none + SystemErrorText(123456) + "|" + std::to_string(host.messages.size()),
         "[FILE]exam01.kqb. ||0");
-    EXPECT_EQ(trapNonFatal(reporter, "Dir_Exists", 7, []() -> int { throw err::make(err::PathFileAccess); }), 7);
-    EXPECT_NE(log().find("Location: Program_Data.Dir_Exists\r\n"), std::string::npos);
 }
 
 TEST_F(ErrorLogTest, AFatalReportShowsTheReportWithoutItsLocationAndEndsTheProgram)

@@ -67,6 +67,10 @@ TEST(BankSourceTest, BuildAndDumpAreInversesAndBuildRefusesWhatWouldNotReadBack)
         { Head + "\\needless escape\n", "5: needs no '\\' here; write 'needless escape'" },
         { "Title: T\nRaw: ZZZZ\n",
             "2: this 'Raw:' line cannot be deciphered: it holds a character that is not a hexadecimal digit" },
+        { "Title: T\nRaw: #ABC\n",
+            "2: this 'Raw:' line cannot be deciphered: it has an odd number of hexadecimal digits" },
+        { "Title: T\nRaw: A\n",
+            "2: this 'Raw:' line cannot be deciphered: it has an odd number of hexadecimal digits" },
         { "Title: T\nbad \xFF utf-8\n", "2: the text is not valid UTF-8; save the source as UTF-8" },
         { "Title: T\nIntro: a\nQuestion: q\n",
             "3: the program reads the three lines after the title as the introduction, and this as one of "
@@ -196,6 +200,8 @@ TEST_F(QbankToolTest, EveryCommandAnswersWithItsOutputOrOneLineNamingFileAndLine
         { "dump damaged.kqb", "1||damaged.kqb" + damaged },
         { "--key K check b.kqb", "1||" + wrongKey },
         { "--key wrong dump b.kqb", "1||" + wrongKey }, // its title deciphers, to no text
+        { "--key K dump " + file("k.kqb", EncryptString("T", "K") + "\r\n" + std::string(62, '0') + "\r\n"),
+            "0|Title: T\nRaw: " + std::string(62, '0') + "\n|" }, // a line of no text under a right key
         { "check pipe", "1||pipe: not a regular file (a link, a pipe or a device); nothing was read\n" },
         { "build s.txt -o no/b.kqb", "1||no/b.kqb: cannot be written: no such folder\n" },
         { "build e.txt -o " + no,
@@ -443,7 +449,9 @@ TEST(InterchangeTest, ImportRefusesHeadersAFileCannotHoldAndStopsAtTheProgramsLi
         = { { "", {} }, { "T\n", {} }, { "T\xE2\x82", {} }, { "T", { "" } }, { "T", { "1", "2", "3", "4" } } };
     for (const ImportSettings& settings : bad)
         EXPECT_THROW(importQuestions(QuestionFormat::Aiken, "", settings), std::invalid_argument);
-    std::string many = "Q" + std::string(MaxBankBytes / 4, 'x') + Abcd + "Q" + std::string(MaxFieldBytes, 'y') + Abcd;
+    // A question of a fifth of the bank passes the bank's limit, and not the text's.
+    std::string many = "Q" + std::string(MaxBankBytes / 4, 'x') + Abcd + "Q" + std::string(MaxBankBytes / 5, 'z') + Abcd
+        + "Q" + std::string(MaxFieldBytes, 'y') + Abcd;
     for (int k = 0; k < 1001; ++k)
         many += "Q " + Abcd;
     const ImportResult result = importQuestions(QuestionFormat::Gift, many, Settings);
@@ -451,7 +459,8 @@ TEST(InterchangeTest, ImportRefusesHeadersAFileCannotHoldAndStopsAtTheProgramsLi
         std::pair(1000,
             Skips { "1: the bank would pass the 32 MiB the program reads; import the rest into another bank",
                 "3: a question or explanation of more than the 16 KiB of text the program keeps",
-                "2005: the program loads at most 1000 questions" }));
+                "5: a question or explanation of more than the 16 KiB of text the program keeps",
+                "2007: the program loads at most 1000 questions" }));
 }
 
 TEST(InterchangeTest, ExportTakesRecordsApartAndWritesAikenAsPlainText)
