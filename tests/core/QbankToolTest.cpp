@@ -153,12 +153,11 @@ TEST_F(QbankToolTest, EveryCommandAnswersWithItsOutputOrOneLineNamingFileAndLine
     std::string past = std::string(7000, '\n'); // 1001 questions, more than 10,000 lines
     for (int k = 0; k < 1000; ++k)
         past = q + "Answer: a\n" + past;
-    const std::string source = file("s.txt", Bom + Quiz + q + "Answer: a\n"),
-                      broken = file("e.txt", Quiz + q + "Answer: e\n" + past);
-    const std::string aiken = file("a.aiken",
-        "Which port?\nA) TCP 80\nB) TCP 443\nC) TCP 22\nD) TCP 25\nANSWER: B\n\n"
-        "Short?\nA. yes\nB. no\nANSWER: A\n");
-    const std::string menu = file("menu.txt", "Title: Networking\nIntro: a\nIntro: b\nIntro: c\n" + q + "Answer: a\n");
+    const std::string source = file("s.txt", Bom + Quiz + q + "Answer: a\n");
+    file("e.txt", Quiz + q + "Answer: e\n" + past);
+    file("a.aiken",
+        "Which port?\nA) TCP 80\nB) TCP 443\nC) TCP 22\nD) TCP 25\nANSWER: B\n\nShort?\nA. yes\nB. no\nANSWER: A\n");
+    file("menu.txt", "Title: Networking\nIntro: a\nIntro: b\nIntro: c\n" + q + "Answer: a\n");
     file("marked.kqb", "#" + hex + "\r\n");
     file("damaged.kqb", EncryptString("KESTA Quiz Demo 1", QuestionPassPhrase) + "\r\nABC\r\n");
     ::mkfifo((dir / "pipe").c_str(), 0600);

@@ -83,7 +83,6 @@ TEST(RijndaelTest, AgreesWithThePublishedVectorsOnBothEngines)
 // Sizes other than the three, short keys and blocks, and a cipher without a key raise.
 TEST(RijndaelTest, MisuseRaises)
 {
-    const std::string key = "000102030405060708090a0b0c0d0e0f101112131415161718191a1b1c1d1e1f";
     Bytes block(32), shortBlock(31);
     CRijndael unkeyed;
     unkeyed.gentables();
