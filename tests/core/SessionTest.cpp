@@ -81,8 +81,7 @@ TEST(CountdownTest, SplitsTheWholeTestAndTicksDownToZero)
         {{9, 6, 8, 1}, "error 6"}, {{10, 0, 0, 1}, "error 6"}, {{0, 547, 0, 1}, "error 6"}, {{0, 1, 30, 0}, "0:0:0"}};
     for (const auto& [time, caption] : arms) {
         UserOptions options;
-        for (int k = 3; k <= 5; ++k)
-            options.values[k] = time[static_cast<std::size_t>(k - 3)];
+        std::tie(options.values[3], options.values[4], options.values[5]) = std::tuple(time[0], time[1], time[2]);
         EXPECT_EQ(test::outcome([&] { return armCountdown(s, options, time[3]), timeCaption(s); }), caption);
     }
     const std::pair<std::array<Int16, 3>, std::string> ticks[] = {

@@ -4,8 +4,8 @@
 
 #include <filesystem>
 #include <fstream>
-#include <map>
 #include <iterator>
+#include <map>
 #include <string>
 
 #include <unistd.h>
