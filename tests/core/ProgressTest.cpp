@@ -19,6 +19,7 @@
 namespace kesta {
 namespace {
 
+namespace fs = std::filesystem;
 using test::writeFile;
 
 // A session of `count` questions in order count..1, answered "abcdabcd..."; time 1:30:05, at 3, furthest 4.
@@ -45,7 +46,6 @@ TEST(ProgressFileTest, FieldsArePaddedWithSignedComparisonsAndNeverCut)
                                            {9, "09", "009"}, {10, "10", "010"}, {99, "99", "099"}, {100, "100", "100"},
                                            {1000, "1000", "1000"}, {-12, "0-12", "00-12"}})
         EXPECT_EQ(pad2(value) + "|" + pad3(value), std::string(two) + "|" + three);
-    EXPECT_EQ(test::errorOf([] { progressText(SessionState{}, 1001); }), err::SubscriptOutOfRange);
 }
 
 class RestoreTest : public ::testing::Test {
@@ -144,10 +144,8 @@ TEST(ScoringTest, ThePercentRoundsHalfToEvenAndEveryWrongPositionIsListed)
     };
     for (const auto& [count, correct, expected] : cases)
         EXPECT_EQ(std::make_unique<Scenario>(count, correct)->score(), expected) << correct << " of " << count;
-    auto tooMany = std::make_unique<Scenario>(1000, 0);
-    EXPECT_EQ(nextIncorrect(tooMany->session, tooMany->questions, 999), 1000); // the last position is searched too
-    tooMany->questions.QuestionCount = 1001;
-    EXPECT_EQ(tooMany->score(), "error 9");
+    auto thousand = std::make_unique<Scenario>(1000, 0);
+    EXPECT_EQ(nextIncorrect(thousand->session, thousand->questions, 999), 1000); // the last position is searched too
 }
 
 TEST(ScoringTest, AnswersCompareUpperCasedButUntrimmedAndTheSearchesFindTheNeighbours)
@@ -188,8 +186,6 @@ TEST(ScoringTest, PagesShowTheAnswersUpperCasedWithTabsWidened)
     EXPECT_EQ(upperAscii("az\xC3\xA9{`"), "AZ\xC3\xA9{`");
     EXPECT_EQ(previousIncorrect(s->session, s->questions, 2), 1); // the first position is searched too
 }
-
-namespace fs = std::filesystem;
 
 class ScoreSlotsTest : public test::DataTreeTest {
 protected:

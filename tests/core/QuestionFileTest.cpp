@@ -234,6 +234,8 @@ TEST(CipherTest, LinesDecipherToTheirTextNothingOrAFatalError)
     EXPECT_EQ(deciphered(secret, ""), "");
 }
 
+// --- the loader: a question file into the question records ---
+
 using Lines = std::vector<std::string>;
 using test::bankText;
 
