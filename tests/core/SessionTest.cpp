@@ -34,27 +34,25 @@ std::string orderOf(const SessionState& s, int last)
 
 TEST(ShuffleTest, APermutationDrawnWithOneSeedAPositionThatNeverStallsAndLateDrawingFillsOnlyTheFurthestSlot)
 {
-    for (const int count : {1, 2, 999, 1000}) {
-        Seeds seeds;
+    std::vector<std::string> orders;
+    for (const auto& [count, step] :
+        { std::pair { 1, 1 }, { 2, 1 }, { 999, 1 }, { 1000, 1 }, { 300, 0 }, { 300, 1 } }) {
+        Seeds seeds { .step = static_cast<std::uint64_t>(step) };
         QuestionDraw draw = seeds.draw();
         SessionState s;
         s.QuestionOrder[count] = 7; // left over from an earlier test
         shuffleQuestions(s, static_cast<Int16>(count), draw);
+        orders.push_back(orderOf(s, count));
         std::vector<int> order(&s.QuestionOrder[1], &s.QuestionOrder[count] + 1);
         std::sort(order.begin(), order.end());
-        EXPECT_TRUE(order.front() == 1 && std::adjacent_find(order.begin(), order.end()) == order.end() &&
-                    order.back() == count && seeds.calls == count && s.RandomPick == s.QuestionOrder[count] &&
-                    s.QuestionOrder[0] == 0 && (count == 1000 || s.QuestionOrder[count + 1] == 0));
+        EXPECT_TRUE(order.front() == 1 && std::adjacent_find(order.begin(), order.end()) == order.end()
+            && order.back() == count && seeds.calls == count && s.RandomPick == s.QuestionOrder[count]
+            && s.QuestionOrder[0] == 0 && (count == 1000 || s.QuestionOrder[count + 1] == 0));
+        shuffleQuestions(s, 0, draw);
+        EXPECT_EQ(s.QuestionOrder[1] + errorOf([&] { shuffleQuestions(s, 1001, draw); }) + draw.pick(0),
+            err::SubscriptOutOfRange + 1); // a pick from none is 1
     }
-    Seeds same{.step = 0}, other{.next = 1000};
-    QuestionDraw a = same.draw(), b = other.draw();
-    SessionState x, y;
-    shuffleQuestions(x, 300, a);
-    shuffleQuestions(y, 300, b);
-    EXPECT_NE(orderOf(x, 300), orderOf(y, 300)); // seeds matter, and one seed does not stall it
-    shuffleQuestions(x, 0, a);
-    EXPECT_EQ(x.QuestionOrder[1] + errorOf([&] { shuffleQuestions(x, 1001, a); }), err::SubscriptOutOfRange);
-    EXPECT_EQ(a.pick(0), 1); // a pick from none
+    EXPECT_NE(orders[4], orders[5]); // seeds matter, and one seed does not stall it
 
     Seeds fixed{.step = 0}; // only the one free number may come out, however long it takes
     QuestionDraw draw = fixed.draw();
@@ -83,8 +81,7 @@ TEST(CountdownTest, SplitsTheWholeTestAndTicksDownToZero)
         {{9, 6, 8, 1}, "error 6"}, {{10, 0, 0, 1}, "error 6"}, {{0, 547, 0, 1}, "error 6"}, {{0, 1, 30, 0}, "0:0:0"}};
     for (const auto& [time, caption] : arms) {
         UserOptions options;
-        for (int k = 3; k <= 5; ++k)
-            options.values[k] = time[static_cast<std::size_t>(k - 3)];
+        std::tie(options.values[3], options.values[4], options.values[5]) = std::tuple(time[0], time[1], time[2]);
         EXPECT_EQ(test::outcome([&] { return armCountdown(s, options, time[3]), timeCaption(s); }), caption);
     }
     const std::pair<std::array<Int16, 3>, std::string> ticks[] = {
@@ -146,8 +143,6 @@ TEST(NavigationTest, AnswersStayWithTheirPositionsWhileNextAndBackMove)
                                         "4 hideFinish showNext at 3", "2 at 2", "0 hideFinish hideBack at 1"}));
     s.CurrentQuestion = -32768;
     EXPECT_EQ(errorOf([&] { goBack(s, 5); }), err::Overflow);
-    s.CurrentQuestion = 1001;
-    EXPECT_EQ(errorOf([&] { recordAnswer(s, 1); }), err::SubscriptOutOfRange);
     // A test of 1000 questions fails on slot 1001; one of 999 finishes.
     s.CurrentQuestion = s.HighestReached = 1000;
     EXPECT_EQ(errorOf([&] { goNext(s, 1000, true, draw); }), err::SubscriptOutOfRange);
@@ -165,8 +160,6 @@ TEST(PagesTest, TheHeaderThePageAndThePrintedText)
     SessionState s;
     s.QuestionOrder[1] = 2;
     EXPECT_EQ(pageText(s, list, 1) + "|" + pageText(s, list, 2), "   Q?<br>a)   this   |nothing"); // 2: never drawn
-    s.QuestionOrder[1] = 1001;
-    EXPECT_EQ(errorOf([&] { pageText(s, list, 1); }), err::SubscriptOutOfRange);
 
     struct JammedPrinter : test::FakePrinter {
         void print(const std::string&) override { throw RuntimeError(482, "Printer error"); }

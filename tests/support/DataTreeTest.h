@@ -27,6 +27,15 @@ protected:
     }
 
     std::string log() const { return readFile(folders.errorLogPath()); }
+    // The locations of the log entries written since the log was last removed, one per line; removes the log.
+    std::string locations() const
+    {
+        std::string text = log(), found;
+        for (auto p = text.find("Location: "); p != std::string::npos; p = text.find("Location: ", p + 1))
+            found += text.substr(p + 10, text.find('\r', p) - p - 10) + "\n";
+        std::filesystem::remove(folders.errorLogPath());
+        return found;
+    }
     std::string user(const std::string& name) const { return folders.UserDir + "/" + name; }
 
     TempDir dir;

@@ -4,8 +4,8 @@
 
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <map>
-#include <sstream>
 #include <string>
 
 #include <unistd.h>
@@ -53,9 +53,8 @@ private:
 // Whole-file helpers for assertions.
 inline std::string readFile(const std::string& path)
 {
-    std::ostringstream s;
-    s << std::ifstream(path, std::ios::binary).rdbuf();
-    return s.str();
+    std::ifstream in(path, std::ios::binary);
+    return { std::istreambuf_iterator<char>(in), {} };
 }
 inline void writeFile(const std::string& path, const std::string& bytes)
 {
