@@ -34,8 +34,6 @@ public:
     {
         for (const auto& m : messages)
             std::fprintf(stderr, "MESSAGEBOX[%s|%d] %s\n", m.title.c_str(), static_cast<int>(m.icon), m.text.c_str());
-        for (const auto& name : modals)
-            std::fprintf(stderr, "MODAL %s\n", name.c_str());
         std::fprintf(stderr, "ENDED %d\n", status);
         std::fflush(nullptr);
         std::_Exit(status);
@@ -51,7 +49,6 @@ public:
     bool startSystemInformation() override { return false; }
 
     std::vector<MessageBoxRequest> messages; // every message box shown
-    std::vector<std::string> modals;         // objectName of every modal dialog shown
     std::chrono::system_clock::time_point clock = std::chrono::system_clock::from_time_t(1795000000);
     std::uint64_t seed = 0;
     int beeps = 0;

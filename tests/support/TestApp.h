@@ -27,7 +27,6 @@ public:
     Printer* printer() override { return paper ? paper.get() : RecordingHost::printer(); }
     void execModal(QDialog& dialog) override
     {
-        modals.push_back(dialog.objectName().toStdString());
         QPointer<QDialog> alive(&dialog); // running out of time may unload it meanwhile
         if (dialog.setModal(true), dialog.show(), onModal(dialog), alive)
             alive->hide(); // as a modal loop ends
@@ -36,7 +35,7 @@ public:
     [[noreturn]] void endProgram(int status) override
     {
         if (describe)
-            std::fputs(describe().c_str(), stderr), modals.clear();
+            std::fputs(describe().c_str(), stderr);
         RecordingHost::endProgram(inDeathTestChild() ? status : 70);
     }
 };
@@ -97,7 +96,6 @@ public:
     {
         QString caption = w->isWindow() ? w->windowTitle() : "", more;
         auto* l = qobject_cast<QLabel*>(w);
-        auto* p = qobject_cast<QProgressBar*>(w);
         auto* c = qobject_cast<QComboBox*>(w);
         if (auto* b = qobject_cast<QAbstractButton*>(w))
             caption = b->text() + (b->isChecked() ? "*" : ""), more = b->property("default").toBool() ? " default" : "";
@@ -105,7 +103,7 @@ public:
             caption = v->toPlainText().simplified();
         else if (l || qobject_cast<QGroupBox*>(w))
             caption = l ? l->text() : w->property("title").toString(), more = l && l->wordWrap() ? " wrap" : "";
-        else if (p)
+        else if (auto* p = qobject_cast<QProgressBar*>(w))
             caption = QString("%1 of %2-%3 ").arg(p->value()).arg(p->minimum()).arg(p->maximum())
                 + (p->isTextVisible() ? p->text() : "");
         else if (QAccessibleInterface* a = c ? QAccessible::queryAccessibleInterface(c) : nullptr)
@@ -267,10 +265,7 @@ private:
                 } },
             { "pick", [&] { qobject_cast<QComboBox*>(w)->setCurrentIndex(rest.toInt()); } },
             { "type", [&] { QTest::keyClicks(w, rest); } },
-            { "resize",
-                [&] {
-                    rest == "max" ? w->showMaximized() : (w->showNormal(), w->resize(a[2].toInt(), a[3].toInt()));
-                } },
+            { "resize", [&] { rest == "max" ? w->showMaximized() : w->resize(a[2].toInt(), a[3].toInt()); } },
             { "write", [&] { writeFile(file(), rest.toStdString()); } },
             { "rm", [&] { std::filesystem::remove(file()); } },
             { "cat",
