@@ -1,5 +1,7 @@
 #include "progress/core/Scoring.h"
 
+#include "session/core/Navigation.h"
+
 #include <cmath>
 
 namespace kesta {
@@ -102,7 +104,7 @@ std::string reviewPageNone(const QuestionList& questions)
 
 std::string reviewCaption(const std::string& testName, Int16 rank, Int16 wrongCount)
 {
-    return "Chapter: " + testName + " | Question " + std::to_string(rank) + " of " + std::to_string(wrongCount);
+    return headerText(testName, rank, wrongCount); // the results window numbers the wrong answers as the exam did
 }
 
 std::string answerPage(const SessionState& session, const QuestionList& questions)
